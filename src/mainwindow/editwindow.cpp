@@ -1,0 +1,160 @@
+#include "editwindow.h"
+#include "ui_editwindow.h"
+
+#include "iconbuttonstyle.h"
+#include "searchreplace.h"
+#include "textedit.h"
+
+#include <QDir>
+#include <QTextCodec>
+
+#include <utility>
+
+EditWindow::EditWindow(TextEdit *plugin, QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui::EditWindow)
+    , plugin(plugin)
+{
+    ui->setupUi(this);
+    // The form places the layout in a fixed rectangle; as the central widget
+    // it follows the window's size instead.
+    setCentralWidget(ui->horizontalLayoutWidget);
+
+    dirWatcher.addPath(QStringLiteral("."));
+
+    auto *iconStyle = new IconButtonStyle;
+    iconStyle->setParent(this);
+    for (QPushButton *button : { ui->newProgButton, ui->editButton, ui->renameButton,
+                                 ui->addprjButton, ui->delProgButton, ui->newprjButton,
+                                 ui->editAllPrjButton, ui->renamePrjButton, ui->debugProjButton,
+                                 ui->delprjButton, ui->newProgPrjButton, ui->editProgPrjButton,
+                                 ui->downInPrjButton, ui->upInPrjButton, ui->removeProgPrjButton })
+        button->setStyle(iconStyle);
+
+    ui->currProjBox->setEnabled(false);
+    ui->consoleEdit->setFixedHeight(100);
+    disableProgProj();
+
+    search = new SearchReplace(this);
+    ui->seacrhButton->setChecked(false);
+    ui->seacrhButton->setEnabled(false);
+
+    makeConnections();
+    dirChanged(QString());
+}
+
+EditWindow::~EditWindow()
+{
+    delete ui;
+}
+
+void EditWindow::makeConnections()
+{
+    connect(ui->tabWidget, SIGNAL(currentChanged(int)), this, SLOT(tabChanged(int)));
+    connect(ui->tabWidget, SIGNAL(tabCloseRequested(int)), this, SLOT(tabClose(int)));
+    connect(ui->programsList, SIGNAL(currentRowChanged(int)), this, SLOT(curProgChanged(int)));
+    connect(ui->projectsList, SIGNAL(currentRowChanged(int)), this, SLOT(curProjChanged(int)));
+    connect(ui->currentProjectList, SIGNAL(currentRowChanged(int)), this, SLOT(curProgPrjChanged(int)));
+    connect(&dirWatcher, SIGNAL(directoryChanged(QString)), this, SLOT(dirChanged(QString)));
+    for (QListWidget *list : { ui->programsList, ui->projectsList, ui->currentProjectList }) {
+        connect(list->itemDelegate(), SIGNAL(closeEditor(QWidget*,QAbstractItemDelegate::EndEditHint)),
+                this, SLOT(nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)));
+    }
+    // One slot serves a button of the programs page and its counterparts.
+    connect(ui->newprjButton, SIGNAL(clicked()), this, SLOT(on_newProgButton_clicked()));
+    connect(ui->newProgPrjButton, SIGNAL(clicked()), this, SLOT(on_newProgButton_clicked()));
+    connect(ui->editProgPrjButton, SIGNAL(clicked()), this, SLOT(on_editButton_clicked()));
+    connect(ui->delprjButton, SIGNAL(clicked()), this, SLOT(on_delProgButton_clicked()));
+    for (QListWidget *list : { ui->programsList, ui->projectsList, ui->currentProjectList })
+        connect(list, SIGNAL(itemEntered(QListWidgetItem*)), this, SLOT(onItemEntered(QListWidgetItem*)));
+    connect(search, SIGNAL(rejected()), this, SLOT(hideSearch()));
+    connect(search->searchNext(), SIGNAL(clicked()), this, SLOT(searchRequested()));
+    connect(search->replaceIt(), SIGNAL(clicked()), this, SLOT(replaceRequested()));
+    connect(search->replaceAll(), SIGNAL(clicked()), this, SLOT(replaceAllRequested()));
+}
+
+// A negative value leaves a button as it is, 0 disables it, anything else
+// enables it.
+void EditWindow::setEditButtons(int save, int saveAs, int undo, int redo, int compile)
+{
+    const std::pair<QWidget *, int> buttons[] = {
+        { ui->saveProgramButton, save },
+        { ui->saveAsProgramButton, saveAs },
+        { ui->undoButton, undo },
+        { ui->redoButton, redo },
+        { ui->compileProgramButton, compile },
+    };
+    for (const auto &button : buttons) {
+        if (button.second >= 0)
+            button.first->setEnabled(button.second != 0);
+    }
+}
+
+void EditWindow::enableProgProj()
+{
+    QListWidgetItem *current = ui->projectsList->currentItem();
+    ui->currProjBox->setTitle(current ? current->text() : QString());
+    ui->currProjBox->setEnabled(true);
+    ui->addprjButton->setEnabled(true);
+    ui->currentProjectList->setEnabled(true);
+}
+
+void EditWindow::disableProgProj()
+{
+    ui->currProjBox->setTitle(QString());
+    ui->currentProjectList->clear();
+    auto *iconStyle = new IconButtonStyle;
+    iconStyle->setParent(this);
+    for (QPushButton *button : { ui->newProgButton, ui->editButton, ui->renameButton,
+                                 ui->addprjButton, ui->delProgButton, ui->newprjButton,
+                                 ui->editAllPrjButton, ui->renamePrjButton, ui->debugProjButton,
+                                 ui->delprjButton, ui->newProgPrjButton, ui->editProgPrjButton,
+                                 ui->downInPrjButton, ui->upInPrjButton, ui->removeProgPrjButton })
+        button->setStyle(iconStyle);
+
+    ui->currProjBox->setEnabled(false);
+    ui->addprjButton->setEnabled(false);
+}
+
+void EditWindow::setProgramsDir(const QString &dir)
+{
+    programsDir = dir;
+    QDir::setCurrent(dir);
+}
+
+void EditWindow::run()
+{
+    mutex.lock();
+    emit tablesRequest();
+    // A host that answers from inside the emission has already woken us
+    // before the wait starts; the wake-up is lost and we wait it out, with
+    // the tables already in place.
+    waitCond.wait(&mutex, 2000);
+    mutex.unlock();
+
+    openProgsList(QStringList(openedList));
+    findOpenTab(openedTab);
+}
+
+bool EditWindow::stop()
+{
+    stopped = true;
+    emit changeVariant(QStringLiteral("MainWinState"), saveState(), false, true);
+    emit changeVariant(QStringLiteral("MainWinOpen"), isVisible(), false, true);
+    storeSearchSettings();
+    emit pluginDead(plugin->descriptor());
+    return true;
+}
+
+void EditWindow::exchangeSettings(SettingsList list, QString *a, QString *b)
+{
+    plugin->exchangeSettings(list, a, b);
+}
+
+void EditWindow::on_settingsButton_clicked()
+{
+    // The host names the plug-in's settings page "<title>.<instance>".
+    const SEGINTERFACES *descriptor = plugin->descriptor();
+    const QString title = QTextCodec::codecForName("windows-1251")->toUnicode(descriptor->title);
+    emit editSetting(title + QStringLiteral(".%1").arg(descriptor->instanceNumber), QString());
+}

@@ -1,0 +1,169 @@
+#ifndef EDITWINDOW_H
+#define EDITWINDOW_H
+
+#include <QAbstractItemDelegate>
+#include <QFileSystemWatcher>
+#include <QList>
+#include <QMainWindow>
+#include <QMutex>
+#include <QStringList>
+#include <QVariant>
+#include <QWaitCondition>
+
+#include "cursorhistorypos.h"
+#include "hosttables.h"
+#include "seginterfaces.h"
+#include "settingelement.h"
+
+namespace Ui {
+class EditWindow;
+}
+
+class QCompleter;
+class QListWidget;
+class QListWidgetItem;
+class SearchReplace;
+class Syntaxer;
+class TextEdit;
+
+// The editor's one top-level window: program and project lists on the
+// left, editor tabs, command buttons and the compiler console on the right.
+// Its member functions are spread over one source file per subsystem.
+class EditWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit EditWindow(TextEdit *plugin, QWidget *parent = nullptr);
+    ~EditWindow() override;
+
+    // Window and buttons (editwindow.cpp)
+    void setEditButtons(int save, int saveAs, int undo, int redo, int compile);
+    void enableProgProj();
+    void disableProgProj();
+    SearchReplace *searchPanel() const { return search; }
+
+    // Values the settings exchange hands to the window
+    void setAutoComplete(bool on) { autoComplete = on; }
+    bool isAutoComplete() const { return autoComplete; }
+    void setAutoSaveOnExec(bool on) { autoSaveOnExec = on; }
+    bool isAutoSaveOnExec() const { return autoSaveOnExec; }
+    void setProgramsDir(const QString &dir);
+    QString currentProgramsDir() const { return programsDir; }
+    void setMaxPosHistoryLength(int length) { maxPosHistoryLength = length; }
+    int maxPosHistory() const { return maxPosHistoryLength; }
+    void setOpenedList(const QStringList &names) { openedList = names; }
+    QStringList storedOpenedList() const { return openedList; }
+    void setOpenedTab(const QString &name) { openedTab = name; }
+    QString storedOpenedTab() const { return openedTab; }
+
+    // Host tables (editwindow_compile.cpp)
+    QString getOperToolTip(QString name);
+    const QStringList &operationNames() const { return operList; }
+    const QStringList &typeNames() const { return typeList; }
+
+    // Console (editwindow_compile.cpp)
+    void setMaxConsoleLines(unsigned int n);
+
+    // Tabs (editwindow_tabs.cpp)
+    bool findOpenTab(QString name);
+    void openProgsList(QStringList names);
+
+    // Search (editwindow_search.cpp)
+    void storeSearchSettings();
+
+signals:
+    void tablesRequest();
+    void pluginDead(SEGINTERFACES *);
+    void changeVariant(QString s, QVariant v, bool b = false, bool change = true);
+    void tryToCompile(QString filename);
+    void compilerErrorFound(bool);
+    void editSetting(QString, QString);
+    void operToolTipRequest(QString);
+
+    // The host matches slots by signature and the by-name wiring by object
+    // name; parameters are left unnamed where the host sees no names.
+public slots:
+    void tablesAnswer(ARRAY *, ARRAY *);
+    void tabChanged(int);
+    void tabChanged(QWidget *);
+    void tabClose(int);
+    void tabClose(QString);
+    void curProgChanged(int);
+    void curProjChanged(int);
+    void curProgPrjChanged(int);
+    void dirChanged(QString s = QString());
+    void progRenamed(QListWidgetItem *);
+    void nameEditClosed(QWidget *, QAbstractItemDelegate::EndEditHint);
+    void addConsoleErrMsg(uint);
+    void run();
+    bool stop();
+    void exchangeSettings(SettingsList, QString *, QString *);
+    void switchOrLoad(QString);
+    void addProgListAndEdit(QString);
+    void parseMessage(QString);
+    void zupselected(bool, QString);
+    void newSettingsProgramsDir(QString, QString);
+    void storeCursorToHistory(QString, int);
+    void cursorPrevPosition(int);
+    void cursorNextPosition(int);
+    void saveFileIfChanged(QString);
+    void saveEntireProject();
+    void operToolTipAnswer(QString);
+    bool canExit();
+
+private slots:
+    void on_editAllPrjButton_clicked();
+    void on_downInPrjButton_clicked();
+    void on_upInPrjButton_clicked();
+    void on_addprjButton_clicked();
+    void on_removeProgPrjButton_clicked();
+    void on_newProgButton_clicked();
+    void on_delProgButton_clicked();
+    void on_editButton_clicked();
+    void on_renameButton_clicked();
+    void on_renamePrjButton_clicked();
+    void on_programsList_itemActivated(QListWidgetItem *item);
+    void on_projectsList_itemActivated(QListWidgetItem *item);
+    void on_currentProjectList_itemActivated(QListWidgetItem *item);
+    void onItemEntered(QListWidgetItem *item);
+    void on_compileProgramButton_clicked();
+    void hideSearch();
+    void searchRequested();
+    void replaceRequested();
+    void replaceAllRequested();
+    void on_seacrhButton_toggled(bool checked);
+    void on_pushButton_clicked();
+    void on_settingsButton_clicked();
+    void on_debugProjButton_clicked();
+
+private:
+    void makeConnections();
+
+    Ui::EditWindow *ui;
+    QStringList operList;
+    QStringList typeList;
+    QWaitCondition waitCond;
+    QMutex mutex;
+    QFileSystemWatcher dirWatcher;
+    bool newItemMode = false;
+    bool stopped = false;
+    TextEdit *plugin;
+    QString curProgName;
+    QString programsDir;
+    QString hostDirArg;
+    SearchReplace *search = nullptr;
+    QList<CursorHistoryPos> cursorHistory;
+    int historyPos = -1;
+    QStringList openedList;
+    QString openedTab;
+    QString toolTipText;
+    Syntaxer *syntaxer = nullptr;
+    QCompleter *completer = nullptr;
+
+    bool autoComplete = true;
+    bool autoSaveOnExec = true;
+    int maxPosHistoryLength = 50;
+};
+
+#endif // EDITWINDOW_H
