@@ -19,17 +19,9 @@ EditWindow::EditWindow(TextEdit *plugin, QWidget *parent)
     // The form places the layout in a fixed rectangle; as the central widget
     // it follows the window's size instead.
     setCentralWidget(ui->horizontalLayoutWidget);
+    showListButtonsAsIcons();
 
     dirWatcher.addPath(QStringLiteral("."));
-
-    auto *iconStyle = new IconButtonStyle;
-    iconStyle->setParent(this);
-    for (QPushButton *button : { ui->newProgButton, ui->editButton, ui->renameButton,
-                                 ui->addprjButton, ui->delProgButton, ui->newprjButton,
-                                 ui->editAllPrjButton, ui->renamePrjButton, ui->debugProjButton,
-                                 ui->delprjButton, ui->newProgPrjButton, ui->editProgPrjButton,
-                                 ui->downInPrjButton, ui->upInPrjButton, ui->removeProgPrjButton })
-        button->setStyle(iconStyle);
 
     ui->currProjBox->setEnabled(false);
     ui->consoleEdit->setFixedHeight(100);
@@ -46,6 +38,18 @@ EditWindow::EditWindow(TextEdit *plugin, QWidget *parent)
 EditWindow::~EditWindow()
 {
     delete ui;
+}
+
+void EditWindow::showListButtonsAsIcons()
+{
+    auto *iconStyle = new IconButtonStyle;
+    iconStyle->setParent(this);
+    for (QPushButton *button : { ui->newProgButton, ui->editButton, ui->renameButton,
+                                 ui->addprjButton, ui->delProgButton, ui->newprjButton,
+                                 ui->editAllPrjButton, ui->renamePrjButton, ui->debugProjButton,
+                                 ui->delprjButton, ui->newProgPrjButton, ui->editProgPrjButton,
+                                 ui->downInPrjButton, ui->upInPrjButton, ui->removeProgPrjButton })
+        button->setStyle(iconStyle);
 }
 
 void EditWindow::makeConnections()
@@ -103,15 +107,6 @@ void EditWindow::disableProgProj()
 {
     ui->currProjBox->setTitle(QString());
     ui->currentProjectList->clear();
-    auto *iconStyle = new IconButtonStyle;
-    iconStyle->setParent(this);
-    for (QPushButton *button : { ui->newProgButton, ui->editButton, ui->renameButton,
-                                 ui->addprjButton, ui->delProgButton, ui->newprjButton,
-                                 ui->editAllPrjButton, ui->renamePrjButton, ui->debugProjButton,
-                                 ui->delprjButton, ui->newProgPrjButton, ui->editProgPrjButton,
-                                 ui->downInPrjButton, ui->upInPrjButton, ui->removeProgPrjButton })
-        button->setStyle(iconStyle);
-
     ui->currProjBox->setEnabled(false);
     ui->addprjButton->setEnabled(false);
 }

@@ -138,6 +138,7 @@ private slots:
     void on_debugProjButton_clicked();
 
 private:
+    void showListButtonsAsIcons();
     void makeConnections();
 
     Ui::EditWindow *ui;
