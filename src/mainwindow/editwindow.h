@@ -25,6 +25,7 @@ class QListWidgetItem;
 class SearchReplace;
 class Syntaxer;
 class TextEdit;
+class ZuSourceCode;
 
 // The editor's one top-level window: program and project lists on the
 // left, editor tabs, command buttons and the compiler console on the right.
@@ -66,8 +67,12 @@ public:
     void setMaxConsoleLines(unsigned int n);
 
     // Tabs (editwindow_tabs.cpp)
+    QWidget *addTextTab(QString name);
     bool findOpenTab(QString name);
     void openProgsList(QStringList names);
+    void setEditTabName(QString name);
+    QString currTabName() const;
+    QStringList getOpenedList() const;
 
     // Search (editwindow_search.cpp)
     void storeSearchSettings();
@@ -139,6 +144,8 @@ private slots:
 
 private:
     void showListButtonsAsIcons();
+    ZuSourceCode *editorAt(int index) const;
+    ZuSourceCode *currentEditor() const;
     void makeConnections();
 
     Ui::EditWindow *ui;

@@ -1,0 +1,83 @@
+#ifndef ZUSOURCECODE_H
+#define ZUSOURCECODE_H
+
+#include <QFileSystemWatcher>
+#include <QPlainTextEdit>
+#include <QTimer>
+
+class EditWindow;
+class LineNumberArea;
+
+// The editor of one open program, one per tab. The program's name is the
+// widget's object name; its file is the name with ".zu" in the current
+// directory, read and written in windows-1251.
+class ZuSourceCode : public QPlainTextEdit
+{
+    Q_OBJECT
+    friend class LineNumberArea;
+
+public:
+    ZuSourceCode(QWidget *page, QString name, EditWindow *editWindow, QString programsDir);
+
+    bool loadFile(QString name);
+    bool canClose(bool asNew);
+    int lineNumberAreaWidth() const;
+
+    // What the main window restores its buttons from on a tab change.
+    bool isChanged() const { return modified; }
+    bool isUndoAvailable() const { return undoAvailable; }
+    bool isRedoAvailable() const { return redoAvailable; }
+    bool isCompileEnabled() const { return compileEnabled; }
+
+public slots:
+    bool saveFile(QString filename);
+    bool toSave();
+    void toSaveAs();
+    bool _toSaveAs(QString *newName);
+    void insertCompleter(QString);
+    void restoreCursorPosition(int);
+    void fileChanged(QString path);
+    void dummy();
+
+private slots:
+    void updateLineNumberAreaWidth(int newBlockCount);
+    void updateLineNumberArea(QRect rect, int dy);
+    void canUndo(bool);
+    void canRedo(bool);
+    void _Changed(bool s = false);
+    bool checkAndSave(QString name);
+    void newCursorPosition();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    QString takeWatchedPath();
+    void watchAgain(const QString &path);
+    QString textForFile() const;
+    void askAboutOutsideChange(const QString &path);
+    void clearErrorPosition();
+
+    LineNumberArea *lineNumberArea;
+    int tabSize = 4;
+    int fontSize = 10;
+    EditWindow *editWindow;
+    QWidget *page;
+    quint32 errorCode = 0;
+    quint32 errorLine = 0;
+    quint32 errorColumn = 0;
+    QString delimiters;
+    QFileSystemWatcher watcher;
+    bool modified = false;
+    bool redoAvailable = false;
+    bool undoAvailable = false;
+    bool compileEnabled = true;
+    QTimer idleTimer;
+
+    // Outside tools write a file in several steps; while the user is being
+    // asked about one of them, the others only mark that the file moved on.
+    bool questionOpen = false;
+    bool changedDuringQuestion = false;
+};
+
+#endif // ZUSOURCECODE_H
