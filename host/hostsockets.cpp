@@ -1,0 +1,153 @@
+#include "hostsockets.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QTextStream>
+#include <QThread>
+
+#include <unistd.h>
+
+#include "seginterfaces.h"
+
+namespace {
+
+const char tablesSocket[] = "ZuTablesStartRequest2Arrays";
+const char operToolTipSocket[] = "operToolTipQString";
+
+// Socket name -> the member of HostSockets that plays the host's part in it.
+const char *hostMember(const char *socketName)
+{
+    static const QHash<QByteArray, const char *> members = {
+        {tablesSocket, SLOT(answerTables())},
+        {operToolTipSocket, SLOT(answerOperToolTip())},
+        {"_LocalMenuRunSignalQString", SLOT(compile(QString))},
+        {"compilerErrorFoundBool", SLOT(reportCompilerErrors(bool))},
+        {"_LocalMenuEditSignalQString", SIGNAL(editProgramRequested(QString))},
+        {"saveFileIfChanged", SIGNAL(saveFileIfChanged(QString))},
+        {"ZuComplieErrorMsgQString", SIGNAL(compilerMessage(QString))},
+        {"newSettingsProgramsDirQStringQString", SIGNAL(programsDirChanged(QString,QString))},
+    };
+    return members.value(socketName);
+}
+
+// Whether the thread `tid` of this process sleeps in the kernel, as one
+// waiting on a condition does. Without /proc there is no telling, and the
+// caller goes ahead.
+bool threadSleeps(pid_t tid)
+{
+    QFile stat(QStringLiteral("/proc/self/task/%1/stat").arg(tid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return true;
+    // "tid (name) state ...", where the name may hold blanks and parentheses.
+    const QByteArray line = stat.readAll();
+    const int nameEnd = line.lastIndexOf(')');
+    return nameEnd < 0 || line.mid(nameEnd + 2, 1) == "S";
+}
+
+void waitUntilAsleep(pid_t tid)
+{
+    QDeadlineTimer deadline(500);
+    while (!threadSleeps(tid) && !deadline.hasExpired())
+        QThread::usleep(200);
+}
+
+} // namespace
+
+HostSockets::HostSockets(QObject *parent)
+    : QObject(parent)
+{
+}
+
+HostSockets::~HostSockets()
+{
+    waitForAnswers();
+}
+
+void HostSockets::pair(QObject *socketObject, const SocketRecord *records, int count)
+{
+    m_socketObject = socketObject;
+    for (int i = 0; records && i < count; ++i) {
+        const SocketRecord &record = records[i];
+        if (record.name)
+            connectSocket(record);
+        else if (i > 0 && records[i - 1].name)
+            addAnswer(records[i - 1].name, record.signature);
+        else
+            qWarning("zuhost: answer socket %s follows no request", record.signature);
+    }
+}
+
+void HostSockets::editProgram(const QString &name)
+{
+    emit editProgramRequested(name);
+}
+
+void HostSockets::waitForAnswers()
+{
+    if (m_worker.joinable())
+        m_worker.join();
+}
+
+void HostSockets::answerTables()
+{
+    const QMetaMethod answer = m_answers.value(tablesSocket);
+    if (!answer.isValid())
+        return;
+    waitForAnswers();
+    // The plug-in emitted the request holding its lock and then waits on its
+    // own thread for the answer slot to wake it; the slot takes no lock. So
+    // the answer comes from a worker, once the requester sleeps: a wake-up
+    // before its wait begins would be lost and cost it the whole time-out.
+    const pid_t requester = gettid();
+    m_worker = std::thread([this, answer, requester] {
+        waitUntilAsleep(requester);
+        answer.invoke(m_socketObject, Qt::DirectConnection,
+                      Q_ARG(ARRAY *, &m_operations), Q_ARG(ARRAY *, &m_types));
+    });
+}
+
+void HostSockets::answerOperToolTip()
+{
+    const QMetaMethod answer = m_answers.value(operToolTipSocket);
+    if (!answer.isValid())
+        return;
+    // No vocabulary yet, so every operation has an empty tip. Answering at
+    // once costs the plug-in its short wait but shares no text across threads.
+    answer.invoke(m_socketObject, Qt::DirectConnection, Q_ARG(QString, QString()));
+}
+
+void HostSockets::compile(const QString &fileName)
+{
+    QTextStream(stdout) << "zuhost: compile " << fileName << Qt::endl;
+}
+
+void HostSockets::reportCompilerErrors(bool found)
+{
+    QTextStream(stdout) << "zuhost: compiler errors found: " << (found ? "yes" : "no") << Qt::endl;
+}
+
+void HostSockets::connectSocket(const SocketRecord &record)
+{
+    const char *member = hostMember(record.name);
+    if (!member) {
+        qWarning("zuhost: no host socket for %s", record.name);
+        return;
+    }
+    const bool pluginSends = record.signature[0] == '0' + QSIGNAL_CODE;
+    const bool paired = pluginSends
+            ? connect(m_socketObject, record.signature, this, member)
+            : connect(this, member, m_socketObject, record.signature);
+    if (!paired)
+        qWarning("zuhost: cannot pair socket %s", record.name);
+}
+
+void HostSockets::addAnswer(const char *request, const char *signature)
+{
+    const QMetaObject *meta = m_socketObject->metaObject();
+    const int index = meta->indexOfSlot(QMetaObject::normalizedSignature(signature + 1));
+    if (index < 0) {
+        qWarning("zuhost: the plug-in has no answer slot %s", signature + 1);
+        return;
+    }
+    m_answers.insert(request, meta->method(index));
+}

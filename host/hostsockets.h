@@ -1,0 +1,58 @@
+#ifndef HOSTSOCKETS_H
+#define HOSTSOCKETS_H
+
+#include <QHash>
+#include <QMetaMethod>
+#include <QObject>
+
+#include <thread>
+
+#include "hosttables.h"
+
+struct SocketRecord;
+
+// The host's end of a plug-in's named sockets. A named signal of the plug-in
+// reaches the slot of this object that serves that name, a named slot of the
+// plug-in receives the signal of this object of that name, and a record
+// without a name is the plug-in's answer slot for the request just before it.
+class HostSockets : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit HostSockets(QObject *parent = nullptr);
+    ~HostSockets() override;
+
+    void pair(QObject *socketObject, const SocketRecord *records, int count);
+
+    // Asks the plug-in to open a program or project, as the host's menu does.
+    void editProgram(const QString &name);
+
+    // Returns once an answer still being delivered from the worker thread
+    // has arrived.
+    void waitForAnswers();
+
+signals:
+    void editProgramRequested(const QString &name);
+    void saveFileIfChanged(const QString &name);
+    void compilerMessage(const QString &text);
+    void programsDirChanged(const QString &hostDir, const QString &programsDir);
+
+private slots:
+    void answerTables();
+    void answerOperToolTip();
+    void compile(const QString &fileName);
+    void reportCompilerErrors(bool found);
+
+private:
+    void connectSocket(const SocketRecord &record);
+    void addAnswer(const char *request, const char *signature);
+
+    QObject *m_socketObject = nullptr;
+    QHash<QByteArray, QMetaMethod> m_answers;  // request socket -> answer slot
+    ARRAY m_operations = {};
+    ARRAY m_types = {};
+    std::thread m_worker;
+};
+
+#endif // HOSTSOCKETS_H

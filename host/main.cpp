@@ -1,0 +1,95 @@
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QPixmap>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QWidget>
+
+#include "pluginhost.h"
+#include "settingsstore.h"
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("zuhost"));
+    // Closing the editor window ends the host through PluginHost, which may
+    // refuse while there are unsaved programs.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+            "Development host for the Zu source editor plug-in."));
+    parser.addHelpOption();
+    const QCommandLineOption moduleOption(QStringLiteral("module"),
+            QStringLiteral("Load the plug-in module from <path>."), QStringLiteral("path"),
+            QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("libzusrceditor.so")));
+    const QCommandLineOption settingsOption(QStringLiteral("settings"),
+            QStringLiteral("Keep the plug-in's settings in the INI file <file>."), QStringLiteral("file"),
+            QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
+                    + QStringLiteral("/zuhost.ini"));
+    const QCommandLineOption dirOption(QStringLiteral("dir"),
+            QStringLiteral("Use <dir> as the programs directory."), QStringLiteral("dir"));
+    const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+            QStringLiteral("Save a PNG of the editor window to <file>, then quit."),
+            QStringLiteral("file"));
+    const QCommandLineOption quitAfterOption(QStringLiteral("quit-after"),
+            QStringLiteral("Quit after <ms> milliseconds."), QStringLiteral("ms"));
+    parser.addOptions({moduleOption, settingsOption, dirOption, screenshotOption, quitAfterOption});
+    parser.addPositionalArgument(QStringLiteral("names"),
+            QStringLiteral("Programs or projects to open once the editor runs."),
+            QStringLiteral("[names...]"));
+    parser.process(app);
+
+    int quitAfter = -1;
+    if (parser.isSet(quitAfterOption)) {
+        bool ok = false;
+        quitAfter = parser.value(quitAfterOption).toInt(&ok);
+        if (!ok || quitAfter < 0) {
+            qWarning("zuhost: --quit-after needs a number of milliseconds");
+            return 1;
+        }
+    }
+
+    // File names on the command line are relative to where zuhost was
+    // started, not to the programs directory.
+    const auto absolutePath = [&parser](const QCommandLineOption &option) {
+        return QFileInfo(parser.value(option)).absoluteFilePath();
+    };
+    const QString modulePath = absolutePath(moduleOption);
+    const QString screenshotPath = absolutePath(screenshotOption);
+
+    SettingsStore store(absolutePath(settingsOption));
+    if (parser.isSet(dirOption)) {
+        // Before the plug-in exists: its window lists the current directory
+        // when it is made. Recorded before the exchange so that a directory
+        // stored by an earlier run does not take its place.
+        if (!QDir::setCurrent(parser.value(dirOption))) {
+            qWarning("zuhost: cannot enter %s", qPrintable(parser.value(dirOption)));
+            return 1;
+        }
+        store.setValue(QStringLiteral("programsDir"), QDir::currentPath());
+    }
+
+    PluginHost host(&store);
+    if (!host.load(modulePath)) {
+        qWarning("%s", qPrintable(host.errorString()));
+        return 2;
+    }
+    host.start();
+    host.openPrograms(parser.positionalArguments());
+
+    if (parser.isSet(screenshotOption)) {
+        QTimer::singleShot(0, &host, [&host, screenshotPath] {
+            const bool saved = host.window()->grab().save(screenshotPath, "PNG");
+            if (!saved)
+                qWarning("zuhost: cannot save the screenshot to %s", qPrintable(screenshotPath));
+            host.finish(saved ? 0 : 1);
+        });
+    }
+    if (quitAfter >= 0)
+        QTimer::singleShot(quitAfter, &host, [&host] { host.finish(); });
+
+    return app.exec();
+}

@@ -1,0 +1,58 @@
+#ifndef PLUGINHOST_H
+#define PLUGINHOST_H
+
+#include <QObject>
+#include <QPluginLoader>
+#include <QPointer>
+
+#include "hostsockets.h"
+
+class PluginInterface;
+class QWidget;
+class SettingsStore;
+struct SEGINTERFACES;
+
+// Drives one plug-in through its life as a host does: load, pair the
+// sockets, exchange settings, start it, and stop it when its window closes
+// or the host is told to quit.
+class PluginHost : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PluginHost(SettingsStore *store, QObject *parent = nullptr);
+    ~PluginHost() override;
+
+    // Loads the module and checks that it is a plug-in of our interface
+    // whose descriptor names a window with start and stop slots.
+    bool load(const QString &modulePath);
+    QString errorString() const;
+
+    void start();
+    void openPrograms(const QStringList &names);
+    QWidget *window() const;
+
+    // Stops the plug-in, keeps what it reports and ends the event loop.
+    void finish(int exitCode = 0);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private slots:
+    void keepSetting(const QString &key, const QVariant &value);
+
+private:
+    bool refuse(const QString &modulePath, const QString &reason);
+    bool mayExit();
+
+    SettingsStore *m_store;
+    QPluginLoader m_loader;
+    PluginInterface *m_plugin = nullptr;
+    SEGINTERFACES *m_descriptor = nullptr;
+    QPointer<QWidget> m_window;
+    HostSockets m_sockets;
+    QString m_error;
+    bool m_finished = false;
+};
+
+#endif // PLUGINHOST_H

@@ -1,0 +1,247 @@
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QLibraryInfo>
+#include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// Runs the development host as a process against the real module.
+class TestZuHost : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void runKeepsSettings();
+    void answersTablesWithoutTimeOut();
+    void refusesWhatIsNotAPlugin_data();
+    void refusesWhatIsNotAPlugin();
+    void dirWinsOverStoredProgramsDir();
+    void screenshotWritesPng();
+    void badCommandLine_data();
+    void badCommandLine();
+
+private:
+    struct Run
+    {
+        bool finished = false;
+        int exitCode = -1;
+        QByteArray output;
+        QByteArray errors;
+    };
+
+    // Runs zuhost on the offscreen platform until it exits by itself.
+    static Run runHost(const QStringList &arguments);
+    // The real module, a settings file and a programs directory.
+    static QStringList hostArguments(const QString &settingsFile, const QString &programsDir);
+    static void copyExamplePrograms(const QString &toDir);
+    static QStringList unpairedSockets(const QByteArray &errors);
+
+    QTemporaryDir m_dir;
+};
+
+void TestZuHost::initTestCase()
+{
+    QVERIFY(QFile::exists(QStringLiteral(ZU_HOST_PATH)));
+    QVERIFY(QFile::exists(QStringLiteral(ZU_MODULE_PATH)));
+    QVERIFY(m_dir.isValid());
+}
+
+TestZuHost::Run TestZuHost::runHost(const QStringList &arguments)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(ZU_HOST_PATH), arguments);
+
+    Run run;
+    run.finished = process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit;
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+    run.exitCode = process.exitCode();
+    run.output = process.readAllStandardOutput();
+    run.errors = process.readAllStandardError();
+    return run;
+}
+
+QStringList TestZuHost::hostArguments(const QString &settingsFile, const QString &programsDir)
+{
+    return {QStringLiteral("--module"), QStringLiteral(ZU_MODULE_PATH),
+            QStringLiteral("--settings"), settingsFile,
+            QStringLiteral("--dir"), programsDir};
+}
+
+void TestZuHost::copyExamplePrograms(const QString &toDir)
+{
+    const QDir examples(QStringLiteral(ZU_EXAMPLES_DIR "/programs"));
+    const QStringList names = examples.entryList(QDir::Files);
+    for (const QString &name : names)
+        QFile::copy(examples.filePath(name), QDir(toDir).filePath(name));
+}
+
+QStringList TestZuHost::unpairedSockets(const QByteArray &errors)
+{
+    static const QByteArray prefix("zuhost: no host socket for ");
+    QStringList names;
+    const QList<QByteArray> lines = errors.split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith(prefix))
+            names << QString::fromLatin1(line.mid(prefix.size()));
+    }
+    return names;
+}
+
+void TestZuHost::runKeepsSettings()
+{
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    copyExamplePrograms(programs.path());
+    const QString settingsFile = m_dir.filePath(QStringLiteral("run.ini"));
+
+    const Run run = runHost(hostArguments(settingsFile, programs.path())
+                            << QStringLiteral("--quit-after") << QStringLiteral("300"));
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    // Every socket but the settings dialog's has its host counterpart.
+    QCOMPARE(unpairedSockets(run.errors), QStringList{QStringLiteral("editSetting(QString,QString)")});
+
+    QSettings settings(settingsFile, QSettings::IniFormat);
+    QCOMPARE(settings.status(), QSettings::NoError);
+    QCOMPARE(settings.value(QStringLiteral("MainWinState/type")).toInt(), int(QVariant::ByteArray));
+    QVERIFY(!settings.value(QStringLiteral("MainWinState/value")).toByteArray().isEmpty());
+    QCOMPARE(settings.value(QStringLiteral("MainWinOpen/type")).toInt(), int(QVariant::Bool));
+    // The host showed the window, so it was open when stopped.
+    QCOMPARE(settings.value(QStringLiteral("MainWinOpen/value")).toBool(), true);
+
+    const QStringList groups = settings.childGroups();
+    for (const char *key : {"inprogram", "entireproject", "ignorecase", "wholeword"}) {
+        QVERIFY2(groups.contains(QLatin1String(key)), key);
+        QCOMPARE(settings.value(QLatin1String(key) + QLatin1String("/type")).toInt(), int(QVariant::Bool));
+    }
+    for (const char *key : {"searchFor", "replaceTo"}) {
+        QVERIFY2(groups.contains(QLatin1String(key)), key);
+        QCOMPARE(settings.value(QLatin1String(key) + QLatin1String("/type")).toInt(), int(QVariant::StringList));
+    }
+}
+
+void TestZuHost::answersTablesWithoutTimeOut()
+{
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    const QString settingsFile = m_dir.filePath(QStringLiteral("tables.ini"));
+
+    // Unanswered, run() alone would wait two seconds for the tables.
+    QElapsedTimer timer;
+    timer.start();
+    const Run run = runHost(hostArguments(settingsFile, programs.path())
+                            << QStringLiteral("--quit-after") << QStringLiteral("0"));
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestZuHost::refusesWhatIsNotAPlugin_data()
+{
+    QTest::addColumn<QString>("module");
+
+    const QString textFile = m_dir.filePath(QStringLiteral("notaplugin.so"));
+    QFile file(textFile);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("not a shared library\n");
+    file.close();
+
+    QTest::newRow("text file") << textFile;
+    QTest::newRow("missing file") << m_dir.filePath(QStringLiteral("missing.so"));
+    QTest::newRow("Qt plug-in of another interface")
+            << QLibraryInfo::location(QLibraryInfo::PluginsPath)
+                       + QStringLiteral("/platforms/libqminimal.so");
+}
+
+void TestZuHost::refusesWhatIsNotAPlugin()
+{
+    QFETCH(QString, module);
+    if (QTest::currentDataTag() == QByteArray("Qt plug-in of another interface")
+            && !QFile::exists(module))
+        QSKIP("no minimal platform plug-in installed");
+
+    const QString settingsFile = m_dir.filePath(QStringLiteral("refused.ini"));
+    const Run run = runHost({QStringLiteral("--module"), module,
+                             QStringLiteral("--settings"), settingsFile,
+                             QStringLiteral("--quit-after"), QStringLiteral("0")});
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.contains(module.toLocal8Bit()), run.errors.constData());
+}
+
+void TestZuHost::dirWinsOverStoredProgramsDir()
+{
+    QTemporaryDir earlier;
+    QTemporaryDir programs;
+    QVERIFY(earlier.isValid() && programs.isValid());
+    copyExamplePrograms(programs.path());
+    const QString settingsFile = m_dir.filePath(QStringLiteral("dir.ini"));
+
+    const QStringList quick{QStringLiteral("--quit-after"), QStringLiteral("0")};
+    const Run first = runHost(hostArguments(settingsFile, earlier.path()) << quick);
+    QVERIFY2(first.finished, first.errors.constData());
+    QCOMPARE(first.exitCode, 0);
+
+    // "hello" exists only in the new directory, so the editor opens it in a
+    // tab (and reports it as open) only if that directory is current.
+    const Run second = runHost(hostArguments(settingsFile, programs.path())
+                               << quick << QStringLiteral("hello"));
+    QVERIFY2(second.finished, second.errors.constData());
+    QCOMPARE(second.exitCode, 0);
+
+    QSettings settings(settingsFile, QSettings::IniFormat);
+    QCOMPARE(settings.value(QStringLiteral("programsDir/value")).toString(),
+             QFileInfo(programs.path()).canonicalFilePath());
+    QCOMPARE(settings.value(QStringLiteral("openedlist/value")).toStringList(),
+             QStringList{QStringLiteral("hello")});
+}
+
+void TestZuHost::screenshotWritesPng()
+{
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    copyExamplePrograms(programs.path());
+    const QString settingsFile = m_dir.filePath(QStringLiteral("screenshot.ini"));
+    const QString png = m_dir.filePath(QStringLiteral("editor.png"));
+
+    const Run run = runHost(hostArguments(settingsFile, programs.path())
+                            << QStringLiteral("--screenshot") << png);
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+
+    QImage image;
+    QVERIFY(image.load(png, "PNG"));
+    QVERIFY2(image.width() > 500, qPrintable(QString::number(image.width())));
+    QVERIFY2(image.height() > 300, qPrintable(QString::number(image.height())));
+}
+
+void TestZuHost::badCommandLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("unknown option") << QStringList{QStringLiteral("--no-such-option")};
+    QTest::newRow("time not a number")
+            << QStringList{QStringLiteral("--quit-after"), QStringLiteral("soon")};
+}
+
+void TestZuHost::badCommandLine()
+{
+    QFETCH(QStringList, arguments);
+    const Run run = runHost(arguments);
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY(!run.errors.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestZuHost)
+
+#include "tst_zuhost.moc"
