@@ -352,6 +352,14 @@ QMap<QString, bool> TestMainWindow::pushButtonStates() const
     return states;
 }
 
+// The two history combo boxes of the search panel, as test rows.
+static void addHistoryFields()
+{
+    QTest::addColumn<int>("field");
+    QTest::newRow("searchFor") << 0;
+    QTest::newRow("replaceTo") << 1;
+}
+
 void TestMainWindow::showWindow()
 {
     window->show();
@@ -1469,9 +1477,7 @@ void TestMainWindow::storeSearchSettingsPutsNewTextFirst()
 
 void TestMainWindow::storeSearchSettingsKeepsReusedTextInPlace_data()
 {
-    QTest::addColumn<int>("field");
-    QTest::newRow("searchFor") << 0;
-    QTest::newRow("replaceTo") << 1;
+    addHistoryFields();
 }
 
 void TestMainWindow::storeSearchSettingsKeepsReusedTextInPlace()
@@ -1499,9 +1505,7 @@ void TestMainWindow::storeSearchSettingsKeepsReusedTextInPlace()
 
 void TestMainWindow::storeSearchSettingsMatchesCaseExactly_data()
 {
-    QTest::addColumn<int>("field");
-    QTest::newRow("searchFor") << 0;
-    QTest::newRow("replaceTo") << 1;
+    addHistoryFields();
 }
 
 void TestMainWindow::storeSearchSettingsMatchesCaseExactly()
@@ -1527,9 +1531,7 @@ void TestMainWindow::storeSearchSettingsMatchesCaseExactly()
 
 void TestMainWindow::storeSearchSettingsDropsOldestOfTwenty_data()
 {
-    QTest::addColumn<int>("field");
-    QTest::newRow("searchFor") << 0;
-    QTest::newRow("replaceTo") << 1;
+    addHistoryFields();
 }
 
 void TestMainWindow::storeSearchSettingsDropsOldestOfTwenty()
