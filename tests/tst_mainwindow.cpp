@@ -302,7 +302,7 @@ private slots:
 
     // run() and stop()
     void runWithAnswerFromAnotherThreadReturnsPromptly();
-    void runWithoutAnswerWaitsTwoSeconds();
+    void runWithoutAnswerWaitsTwoSecondsAndReopensPrograms();
     void stopReportsStateSearchSettingsThenDeath_data();
     void stopReportsStateSearchSettingsThenDeath();
 
@@ -1287,8 +1287,25 @@ void TestMainWindow::runWithAnswerFromAnotherThreadReturnsPromptly()
              (QStringList { QStringLiteral("целый"), "int", QStringLiteral("вещественный") }));
 }
 
-void TestMainWindow::runWithoutAnswerWaitsTwoSeconds()
+void TestMainWindow::runWithoutAnswerWaitsTwoSecondsAndReopensPrograms()
 {
+    // What was open when the host last stopped the editor comes back.
+    for (const char *name : { "first.zu", "second.zu" }) {
+        QFile file(QString::fromLatin1(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("x\n");
+    }
+    auto removeFiles = qScopeGuard([] {
+        QFile::remove(QStringLiteral("first.zu"));
+        QFile::remove(QStringLiteral("second.zu"));
+    });
+    SettingElement opened;
+    opened.key = QStringLiteral("openedlist");
+    opened.value = QStringList { "first", "second" };
+    SettingElement current;
+    current.key = QStringLiteral("openedtab");
+    current.value = QStringLiteral("first");
+    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
     QSignalSpy requestSpy(window, &EditWindow::tablesRequest);
 
     QElapsedTimer timer;
@@ -1301,6 +1318,12 @@ void TestMainWindow::runWithoutAnswerWaitsTwoSeconds()
     QVERIFY2(elapsed < 10000, qPrintable(QStringLiteral("run() took %1 ms").arg(elapsed)));
     QVERIFY(window->operationNames().isEmpty());
     QVERIFY(window->typeNames().isEmpty());
+
+    auto *tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
+    QCOMPARE(tabs->count(), 2);
+    QCOMPARE(tabs->tabText(0), QStringLiteral("first"));
+    QCOMPARE(tabs->tabText(1), QStringLiteral("second"));
+    QCOMPARE(tabs->currentIndex(), 0);
 }
 
 void TestMainWindow::stopReportsStateSearchSettingsThenDeath_data()
