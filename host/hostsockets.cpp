@@ -22,6 +22,7 @@ const char *hostMember(const char *socketName)
         {operToolTipSocket, SLOT(answerOperToolTip())},
         {"_LocalMenuRunSignalQString", SLOT(compile(QString))},
         {"compilerErrorFoundBool", SLOT(reportCompilerErrors(bool))},
+        {"editSetting(QString,QString)", SLOT(editSettings(QString,QString))},
         {"_LocalMenuEditSignalQString", SIGNAL(editProgramRequested(QString))},
         {"saveFileIfChanged", SIGNAL(saveFileIfChanged(QString))},
         {"ZuComplieErrorMsgQString", SIGNAL(compilerMessage(QString))},
@@ -124,6 +125,12 @@ void HostSockets::compile(const QString &fileName)
 void HostSockets::reportCompilerErrors(bool found)
 {
     QTextStream(stdout) << "zuhost: compiler errors found: " << (found ? "yes" : "no") << Qt::endl;
+}
+
+// This host opens the whole page; the second text is not used.
+void HostSockets::editSettings(const QString &page, const QString &)
+{
+    emit settingsRequested(page);
 }
 
 void HostSockets::connectSocket(const SocketRecord &record)

@@ -37,12 +37,15 @@ signals:
     void saveFileIfChanged(const QString &name);
     void compilerMessage(const QString &text);
     void programsDirChanged(const QString &hostDir, const QString &programsDir);
+    // The plug-in asks for the settings editor on its page.
+    void settingsRequested(const QString &page);
 
 private slots:
     void answerTables();
     void answerOperToolTip();
     void compile(const QString &fileName);
     void reportCompilerErrors(bool found);
+    void editSettings(const QString &page, const QString &);
 
 private:
     void connectSocket(const SocketRecord &record);

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include "plugindescriptor.h"
+#include "settingsdialog.h"
 #include "settingsstore.h"
 
 namespace {
@@ -26,6 +27,7 @@ PluginHost::PluginHost(SettingsStore *store, QObject *parent)
     : QObject(parent)
     , m_store(store)
 {
+    connect(&m_sockets, &HostSockets::settingsRequested, this, &PluginHost::editSettings);
 }
 
 PluginHost::~PluginHost()
@@ -74,7 +76,7 @@ void PluginHost::start()
     connect(m_window, SIGNAL(changeVariant(QString,QVariant,bool,bool)),
             this, SLOT(keepSetting(QString,QVariant)));
 
-    m_store->setList(m_plugin->exchangeSettings(m_store->list(), nullptr, nullptr));
+    exchangeSettings(m_store->list());
 
     descriptorSlot(m_window, m_descriptor->runSlot).invoke(m_window, Qt::DirectConnection);
     if (!m_window->isVisible())
@@ -128,10 +130,29 @@ void PluginHost::keepSetting(const QString &key, const QVariant &value)
     m_store->setValue(key, value);
 }
 
+// The store holds the list as the last exchange completed it, with the
+// descriptions, ranges and help texts the dialog shows, and the values the
+// plug-in reported since. Window-modal and not blocking: the plug-in's
+// button handler returns at once, and the exchange runs on OK.
+void PluginHost::editSettings(const QString &page)
+{
+    auto *dialog = new SettingsDialog(page, m_store->list(), m_window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        exchangeSettings(dialog->settings());
+    });
+    dialog->open();
+}
+
 bool PluginHost::refuse(const QString &modulePath, const QString &reason)
 {
     m_error = tr("zuhost: %1 is not a plug-in for this host: %2").arg(modulePath, reason);
     return false;
+}
+
+void PluginHost::exchangeSettings(const SettingsList &list)
+{
+    m_store->setList(m_plugin->exchangeSettings(list, nullptr, nullptr));
 }
 
 // Unsaved programs are the editor's business: it asks the user and may refuse.

@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include "hostsockets.h"
+#include "settingelement.h"
 
 class PluginInterface;
 class QWidget;
@@ -13,8 +14,8 @@ class SettingsStore;
 struct SEGINTERFACES;
 
 // Drives one plug-in through its life as a host does: load, pair the
-// sockets, exchange settings, start it, and stop it when its window closes
-// or the host is told to quit.
+// sockets, exchange settings, start it, open the settings editor when it
+// asks, and stop it when its window closes or the host is told to quit.
 class PluginHost : public QObject
 {
     Q_OBJECT
@@ -40,9 +41,13 @@ protected:
 
 private slots:
     void keepSetting(const QString &key, const QVariant &value);
+    void editSettings(const QString &page);
 
 private:
     bool refuse(const QString &modulePath, const QString &reason);
+    // Hands the list to the plug-in, which applies it, and stores the list
+    // completed with the plug-in's declarations.
+    void exchangeSettings(const SettingsList &list);
     bool mayExit();
 
     SettingsStore *m_store;
