@@ -1,0 +1,687 @@
+// The syntax highlighter: its rule list, the colours of the cases a reader
+// of a program meets, and line-for-line agreement with a reference that runs
+// every rule's pattern over every line.
+
+#include <QAbstractTextDocumentLayout>
+#include <QDir>
+#include <QFile>
+#include <QHBoxLayout>
+#include <QPlainTextDocumentLayout>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextCodec>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextLayout>
+#include <QtTest>
+
+#include <memory>
+
+#include "editwindow.h"
+#include "referencesyntaxer.h"
+#include "syntaxer.h"
+#include "textedit.h"
+#include "zusamples.h"
+#include "zusourcecode.h"
+
+namespace {
+
+QString u(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+// The formats of a block's characters, one per character.
+QVector<QTextCharFormat> characterFormats(const QTextBlock &block)
+{
+    QVector<QTextCharFormat> formats(qMax(0, block.length() - 1));
+    const QVector<QTextLayout::FormatRange> ranges = block.layout()->formats();
+    for (const QTextLayout::FormatRange &range : ranges) {
+        for (int i = qMax(0, range.start); i < range.start + range.length && i < formats.size(); ++i)
+            formats[i] = range.format;
+    }
+    return formats;
+}
+
+// One letter per colour the highlighter gives, with its weight: R red bold,
+// B blue normal, G dark green normal, M magenta bold, C grey normal; '.' for
+// an uncoloured character and '?' for anything else (a wrong weight, an
+// extra property).
+QChar colourLetter(const QTextCharFormat &format)
+{
+    if (format.properties().isEmpty())
+        return QLatin1Char('.');
+    if (format.properties().size() != 2 || !format.hasProperty(QTextFormat::ForegroundBrush)
+        || !format.hasProperty(QTextFormat::FontWeight)
+        || format.foreground().style() != Qt::SolidPattern)
+        return QLatin1Char('?');
+    const QRgb rgb = format.foreground().color().rgba();
+    const int weight = format.intProperty(QTextFormat::FontWeight);
+    if (rgb == QColor(Qt::red).rgba() && weight == QFont::Bold)
+        return QLatin1Char('R');
+    if (rgb == QColor(Qt::blue).rgba() && weight == QFont::Normal)
+        return QLatin1Char('B');
+    if (rgb == QColor(Qt::darkGreen).rgba() && weight == QFont::Normal)
+        return QLatin1Char('G');
+    if (rgb == QColor(Qt::magenta).rgba() && weight == QFont::Bold)
+        return QLatin1Char('M');
+    if (rgb == QColor(Qt::gray).rgba() && weight == QFont::Normal)
+        return QLatin1Char('C');
+    return QLatin1Char('?');
+}
+
+QString colourMap(const QTextBlock &block)
+{
+    QString map;
+    const QVector<QTextCharFormat> formats = characterFormats(block);
+    for (const QTextCharFormat &format : formats)
+        map += colourLetter(format);
+    return map;
+}
+
+QString describeFormat(const QTextCharFormat &format)
+{
+    QString result = format.foreground().color().name() + QStringLiteral(" w")
+        + QString::number(format.fontWeight());
+    if (format.properties().size() != 2)
+        result += QStringLiteral(" props=") + QString::number(format.properties().size());
+    return result;
+}
+
+QString describeRanges(const QVector<QTextLayout::FormatRange> &ranges)
+{
+    QStringList parts;
+    for (const QTextLayout::FormatRange &range : ranges) {
+        parts << QStringLiteral("[%1+%2 %3]").arg(range.start).arg(range.length)
+                     .arg(describeFormat(range.format));
+    }
+    return parts.isEmpty() ? QStringLiteral("(none)") : parts.join(QLatin1Char(' '));
+}
+
+bool sameRanges(const QVector<QTextLayout::FormatRange> &a, const QVector<QTextLayout::FormatRange> &b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (int i = 0; i < a.size(); ++i) {
+        if (a.at(i).start != b.at(i).start || a.at(i).length != b.at(i).length
+            || a.at(i).format != b.at(i).format)
+            return false;
+    }
+    return true;
+}
+
+// Empty when both documents hold the same lines with the same format ranges
+// and block states; otherwise how many lines differ and the first of them.
+QString firstDifference(const QTextDocument *actual, const QTextDocument *expected)
+{
+    if (actual->blockCount() != expected->blockCount()) {
+        return QStringLiteral("block counts differ: %1 and %2")
+            .arg(actual->blockCount()).arg(expected->blockCount());
+    }
+    QString first;
+    int differing = 0;
+    QTextBlock a = actual->begin();
+    QTextBlock e = expected->begin();
+    for (; a.isValid() && e.isValid(); a = a.next(), e = e.next()) {
+        const QVector<QTextLayout::FormatRange> actualRanges = a.layout()->formats();
+        const QVector<QTextLayout::FormatRange> expectedRanges = e.layout()->formats();
+        if (a.text() == e.text() && a.userState() == e.userState()
+            && sameRanges(actualRanges, expectedRanges))
+            continue;
+        ++differing;
+        if (first.isEmpty()) {
+            first = QStringLiteral("line %1: \"%2\"\n  highlighter (state %3): %4\n"
+                                   "  reference   (state %5): %6\n  colours: %7\n  expected: %8")
+                        .arg(a.blockNumber() + 1).arg(a.text())
+                        .arg(a.userState()).arg(describeRanges(actualRanges))
+                        .arg(e.userState()).arg(describeRanges(expectedRanges))
+                        .arg(colourMap(a), colourMap(e));
+            if (a.text() != e.text())
+                first += QStringLiteral("\n  reference text: \"%1\"").arg(e.text());
+        }
+    }
+    if (differing == 0)
+        return QString();
+    return QStringLiteral("%1 line(s) differ from the reference; the first is %2").arg(differing).arg(first);
+}
+
+QString patternOf(const Syntaxer::HighRule &rule)
+{
+    return rule.pattern.pattern();
+}
+
+} // namespace
+
+class TestHighlight : public QObject
+{
+    Q_OBJECT
+
+private:
+    // An editor holding the text, loaded from its program file as the window
+    // loads one.
+    ZuSourceCode *openEditor(const QString &text);
+    // The editor holding the text, highlighted by a Syntaxer built from the
+    // two lists.
+    ZuSourceCode *highlighted(const QString &text, QStringList operations, QStringList types,
+                              Syntaxer **syntaxer = nullptr);
+    // The colour map of every line of the text.
+    QStringList colours(const QString &text, const QStringList &operations,
+                        const QStringList &types);
+    // Highlights the text with both highlighters and compares every line.
+    void compareWithReference(const QString &text, const QStringList &operations,
+                              const QStringList &types);
+
+    QString startDir;
+    QTemporaryDir *workDir = nullptr;
+    TextEdit *plugin = nullptr;
+    EditWindow *window = nullptr;
+    QList<QPointer<QWidget>> pages;
+    int editorCount = 0;
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    // The rules
+    void ruleListHoldsNameRulesThenLastRuleAgainThenFixedRules();
+    void withoutSecondListLastFirstListRuleIsRepeated();
+    void emptyListsGiveEmptyPatternRuleAndFourFixedRules();
+    void everyCharacterOfTheOperatorClassDropsWordBoundaries();
+    void listsChangedAfterConstructionChangeNothing();
+    void attachesToTheEditorDocumentAsItsChild();
+
+    // Colours
+    void plainFirstListNameIsRedBoldOnlyAsWholeWord();
+    void firstListNameWithEqualsOrUnderscoreIsRedBoldInsideWords();
+    void secondListNameIsBlueOnlyAsWholeWord();
+    void nameInBothListsIsBlueNormal();
+    void numbersAreBlueFromTheirLeadingWordBoundary();
+    void digitsInsideIdentifiersAreNotNumbers();
+    void joinedStringsAreGreenFromFirstToLastQuote();
+    void openingParenthesisBetweenWordsIsMagentaBold();
+    void textAfterTwoBackticksIsGreyOverridingEarlierColours();
+    void singleBacktickIsGreyOnItsOwn();
+    void laterRulesOverwriteEarlierOnes();
+    void blockStateIsZeroAfterHighlighting();
+
+    // Agreement with the reference
+    void generatedProgramMatchesReference();
+    void edgeNameListsMatchReference_data();
+    void edgeNameListsMatchReference();
+    void editedLinesMatchReference();
+};
+
+ZuSourceCode *TestHighlight::openEditor(const QString &text)
+{
+    const QString name = QStringLiteral("prog%1").arg(++editorCount);
+    QTextCodec *codec = QTextCodec::codecForName("windows-1251");
+    if (!codec || !codec->canEncode(text))
+        return nullptr;
+    QFile file(name + QStringLiteral(".zu"));
+    if (!file.open(QIODevice::WriteOnly))
+        return nullptr;
+    const QByteArray bytes = codec->fromUnicode(text);
+    if (file.write(bytes) != bytes.size())
+        return nullptr;
+    file.close();
+
+    auto *page = new QWidget;
+    pages << page;
+    auto *layout = new QHBoxLayout(page);
+    auto *editor = new ZuSourceCode(page, name, window, QString());
+    layout->addWidget(editor);
+    return editor;
+}
+
+ZuSourceCode *TestHighlight::highlighted(const QString &text, QStringList operations,
+                                         QStringList types, Syntaxer **syntaxer)
+{
+    ZuSourceCode *editor = openEditor(text);
+    if (!editor)
+        return nullptr;
+    auto *highlighter = new Syntaxer(editor, &operations, &types);
+    highlighter->rehighlight();
+    if (syntaxer)
+        *syntaxer = highlighter;
+    return editor;
+}
+
+QStringList TestHighlight::colours(const QString &text, const QStringList &operations,
+                                   const QStringList &types)
+{
+    QStringList maps;
+    ZuSourceCode *editor = highlighted(text, operations, types);
+    if (!editor)
+        return { QStringLiteral("<no editor>") };
+    for (QTextBlock block = editor->document()->begin(); block.isValid(); block = block.next())
+        maps << colourMap(block);
+    return maps;
+}
+
+void TestHighlight::compareWithReference(const QString &text, const QStringList &operations,
+                                         const QStringList &types)
+{
+    ZuSourceCode *editor = highlighted(text, operations, types);
+    QVERIFY(editor);
+    QCOMPARE(editor->toPlainText(), text);
+
+    QTextDocument expected;
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, operations, types);
+    reference.rehighlight();
+
+    const QString difference = firstDifference(editor->document(), &expected);
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+void TestHighlight::initTestCase()
+{
+    startDir = QDir::currentPath();
+}
+
+void TestHighlight::init()
+{
+    workDir = new QTemporaryDir;
+    QVERIFY(workDir->isValid());
+    QVERIFY(QDir::setCurrent(workDir->path()));
+    plugin = new TextEdit;
+    window = plugin->window();
+    QVERIFY(window);
+}
+
+void TestHighlight::cleanup()
+{
+    for (const QPointer<QWidget> &page : qAsConst(pages))
+        delete page.data();
+    pages.clear();
+    // The window has no parent and the plug-in object does not delete it.
+    delete window;
+    window = nullptr;
+    delete plugin;
+    plugin = nullptr;
+    QDir::setCurrent(startDir);
+    delete workDir;
+    workDir = nullptr;
+}
+
+// ---------------------------------------------------------------------------
+// The rules
+
+void TestHighlight::ruleListHoldsNameRulesThenLastRuleAgainThenFixedRules()
+{
+    Syntaxer *syntaxer = nullptr;
+    QVERIFY(highlighted(QStringLiteral("x"),
+                        { QStringLiteral("put"), QStringLiteral("a=b"), QStringLiteral("x_y"),
+                          QStringLiteral("end if") },
+                        { QStringLiteral("Int"), QStringLiteral("Real") }, &syntaxer));
+    const QVector<Syntaxer::HighRule> &rules = syntaxer->highRules();
+
+    const QStringList patterns = {
+        QStringLiteral("\\b(put)\\b"),
+        QStringLiteral("(a=b)"),
+        QStringLiteral("(x_y)"),
+        QStringLiteral("\\b(end if)\\b"),
+        QStringLiteral("\\b(Int)\\b"),
+        QStringLiteral("\\b(Real)\\b"),
+        QStringLiteral("\\b(Real)\\b"),
+        QStringLiteral("\\b[-+]?(?:\\b[0-9]+(?:\\.[0-9]*)?|\\.[0-9]+\\b)(?:[eE][-+]?[0-9]+\\b)?\\b"),
+        QStringLiteral("\".*\""),
+        QStringLiteral("\\b[{()}]\\b"),
+        QStringLiteral("``[^\n]*"),
+    };
+    QStringList actualPatterns;
+    for (const Syntaxer::HighRule &rule : rules)
+        actualPatterns << patternOf(rule);
+    QCOMPARE(actualPatterns, patterns);
+
+    struct Expected { QRgb rgb; int weight; };
+    const QRgb red = 0xffff0000, blue = 0xff0000ff, green = 0xff008000, magenta = 0xffff00ff,
+               grey = 0xffa0a0a4;
+    const QVector<Expected> formats = {
+        { red, 75 }, { red, 75 }, { red, 75 }, { red, 75 }, { blue, 50 }, { blue, 50 },
+        { blue, 50 }, { blue, 50 }, { green, 50 }, { magenta, 75 }, { grey, 50 },
+    };
+    for (int i = 0; i < rules.size(); ++i) {
+        const QTextCharFormat &format = rules.at(i).format;
+        QVERIFY2(format.hasProperty(QTextFormat::ForegroundBrush), qPrintable(QString::number(i)));
+        QCOMPARE(format.foreground().style(), Qt::SolidPattern);
+        QCOMPARE(format.foreground().color().rgba(), formats.at(i).rgb);
+        QVERIFY2(format.hasProperty(QTextFormat::FontWeight), qPrintable(QString::number(i)));
+        QCOMPARE(format.fontWeight(), formats.at(i).weight);
+        QCOMPARE(format.properties().size(), 2);
+
+        const QRegExp &pattern = rules.at(i).pattern;
+        QCOMPARE(pattern.patternSyntax(), QRegExp::RegExp);
+        QCOMPARE(pattern.caseSensitivity(), Qt::CaseSensitive);
+        QVERIFY(!pattern.isMinimal());
+    }
+    QVERIFY(rules.at(6).format == rules.at(5).format);
+    QCOMPARE(QColor(Qt::gray).rgba(), grey);
+    QCOMPARE(QColor(Qt::darkGreen).rgba(), green);
+}
+
+void TestHighlight::withoutSecondListLastFirstListRuleIsRepeated()
+{
+    Syntaxer *syntaxer = nullptr;
+    QVERIFY(highlighted(QStringLiteral("x"), { QStringLiteral("put"), QStringLiteral("get_it") }, {},
+                        &syntaxer));
+    const QVector<Syntaxer::HighRule> &rules = syntaxer->highRules();
+    QCOMPARE(rules.size(), 7);
+    QCOMPARE(patternOf(rules.at(0)), QStringLiteral("\\b(put)\\b"));
+    QCOMPARE(patternOf(rules.at(1)), QStringLiteral("(get_it)"));
+    QCOMPARE(patternOf(rules.at(2)), QStringLiteral("(get_it)"));
+    QVERIFY(rules.at(2).format == rules.at(1).format);
+    QCOMPARE(rules.at(2).format.foreground().color().rgba(), QColor(Qt::red).rgba());
+    QCOMPARE(rules.at(2).format.fontWeight(), int(QFont::Bold));
+    QCOMPARE(patternOf(rules.at(3)).left(9), QStringLiteral("\\b[-+]?(?"));
+}
+
+void TestHighlight::emptyListsGiveEmptyPatternRuleAndFourFixedRules()
+{
+    Syntaxer *syntaxer = nullptr;
+    ZuSourceCode *editor = highlighted(QStringLiteral("put 12 \"s\" f(x) `` c"), {}, {}, &syntaxer);
+    QVERIFY(editor);
+    const QVector<Syntaxer::HighRule> &rules = syntaxer->highRules();
+    QCOMPARE(rules.size(), 5);
+    QVERIFY(patternOf(rules.at(0)).isEmpty());
+    QVERIFY(rules.at(0).format.properties().isEmpty());
+    QCOMPARE(patternOf(rules.at(1)).left(9), QStringLiteral("\\b[-+]?(?"));
+    QCOMPARE(patternOf(rules.at(2)), QStringLiteral("\".*\""));
+    QCOMPARE(patternOf(rules.at(3)), QStringLiteral("\\b[{()}]\\b"));
+    QCOMPARE(patternOf(rules.at(4)), QStringLiteral("``[^\n]*"));
+    // The empty rule colours nothing; the fixed rules still work.
+    QCOMPARE(colourMap(editor->document()->begin()), QStringLiteral("....BB.GGG..M...CCCC"));
+}
+
+void TestHighlight::everyCharacterOfTheOperatorClassDropsWordBoundaries()
+{
+    const QString unbounded = QStringLiteral("%|&=_/<>~'");
+    const QString ordinary = QStringLiteral(":-+!#@,;\"ab");
+    QStringList names;
+    for (QChar ch : unbounded + ordinary)
+        names << QStringLiteral("k") + ch;
+    Syntaxer *syntaxer = nullptr;
+    QVERIFY(highlighted(QStringLiteral("x"), names, {}, &syntaxer));
+    const QVector<Syntaxer::HighRule> &rules = syntaxer->highRules();
+    for (int i = 0; i < names.size(); ++i) {
+        const QString expected = i < unbounded.size()
+            ? QStringLiteral("(") + names.at(i) + QStringLiteral(")")
+            : QStringLiteral("\\b(") + names.at(i) + QStringLiteral(")\\b");
+        QCOMPARE(patternOf(rules.at(i)), expected);
+    }
+}
+
+void TestHighlight::listsChangedAfterConstructionChangeNothing()
+{
+    ZuSourceCode *editor = openEditor(QStringLiteral("put get"));
+    QVERIFY(editor);
+    QStringList operations { QStringLiteral("put") };
+    QStringList types;
+    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    operations << QStringLiteral("get");
+    types << QStringLiteral("put");
+    syntaxer->rehighlight();
+    QCOMPARE(syntaxer->highRules().size(), 6);
+    QCOMPARE(colourMap(editor->document()->begin()), QStringLiteral("RRR...."));
+}
+
+void TestHighlight::attachesToTheEditorDocumentAsItsChild()
+{
+    ZuSourceCode *editor = openEditor(QStringLiteral("put 1\nx"));
+    QVERIFY(editor);
+    QStringList operations { QStringLiteral("put") };
+    QStringList types;
+    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    QCOMPARE(syntaxer->parent(), editor);
+    QCOMPARE(syntaxer->document(), editor->document());
+    // The framework highlights an attached document on its own.
+    QTRY_COMPARE(colourMap(editor->document()->begin()), QStringLiteral("RRR.B"));
+}
+
+// ---------------------------------------------------------------------------
+// Colours
+
+void TestHighlight::plainFirstListNameIsRedBoldOnlyAsWholeWord()
+{
+    QCOMPARE(colours(QStringLiteral("put output putter put;(put) _put"), { QStringLiteral("put") }, {}),
+             QStringList { QStringLiteral("RRR...............RRR..RRR......") });
+    QCOMPARE(colours(u("вывод выводить вывод1 (вывод)"), { u("вывод") }, {}),
+             QStringList { QStringLiteral("RRRRR..................RRRRR.") });
+}
+
+void TestHighlight::firstListNameWithEqualsOrUnderscoreIsRedBoldInsideWords()
+{
+    QCOMPARE(colours(QStringLiteral("x==y myget_values get_value"),
+                     { QStringLiteral("=="), QStringLiteral("get_value") }, {}),
+             QStringList { QStringLiteral(".RR....RRRRRRRRR..RRRRRRRRR") });
+    QCOMPARE(colours(QStringLiteral("ab=c xab=cx ab= c"), { QStringLiteral("ab=") }, {}),
+             QStringList { QStringLiteral("RRR...RRR...RRR..") });
+}
+
+void TestHighlight::secondListNameIsBlueOnlyAsWholeWord()
+{
+    QCOMPARE(colours(QStringLiteral("Int Integer myInt Int; big_int mybig_int"), {},
+                     { QStringLiteral("Int"), QStringLiteral("big_int") }),
+             QStringList { QStringLiteral("BBB...............BBB..BBBBBBB..........") });
+}
+
+void TestHighlight::nameInBothListsIsBlueNormal()
+{
+    QCOMPARE(colours(QStringLiteral("val x_y ax_y"), { QStringLiteral("val"), QStringLiteral("x_y") },
+                     { QStringLiteral("val"), QStringLiteral("x_y") }),
+             QStringList { QStringLiteral("BBB.BBB..RRR") });
+}
+
+void TestHighlight::numbersAreBlueFromTheirLeadingWordBoundary()
+{
+    // A sign or point after a blank is outside the leading word boundary;
+    // after a letter it is inside.
+    QCOMPARE(colours(QStringLiteral("12 -3.5 .5e-3 a-3 1e10"), {}, {}),
+             QStringList { QStringLiteral("BB..BBB..BBBB..BB.BBBB") });
+    QCOMPARE(colours(QStringLiteral("(12)"), {}, {}), QStringList { QStringLiteral(".BB.") });
+}
+
+void TestHighlight::digitsInsideIdentifiersAreNotNumbers()
+{
+    QCOMPARE(colours(QStringLiteral("x1 y2z 1x = 1"), {}, {}),
+             QStringList { QStringLiteral("............B") });
+}
+
+void TestHighlight::joinedStringsAreGreenFromFirstToLastQuote()
+{
+    QCOMPARE(colours(QStringLiteral("s := \"ab\" + \"cd\";"), {}, {}),
+             QStringList { QStringLiteral(".....GGGGGGGGGGG.") });
+    QCOMPARE(colours(QStringLiteral("one \" quote"), {}, {}),
+             QStringList { QStringLiteral("...........") });
+}
+
+void TestHighlight::openingParenthesisBetweenWordsIsMagentaBold()
+{
+    QCOMPARE(colours(QStringLiteral("f(x) g (y) {z} a{b}c"), {}, {}),
+             QStringList { QStringLiteral(".M..............M.M.") });
+}
+
+void TestHighlight::textAfterTwoBackticksIsGreyOverridingEarlierColours()
+{
+    const QString line = QStringLiteral("put 12 `` put \"s\" f(x) Int a_b 7");
+    QCOMPARE(colours(line, { QStringLiteral("put"), QStringLiteral("a_b") }, { QStringLiteral("Int") }),
+             QStringList { QStringLiteral("RRR.BB.") + QString(line.size() - 7, QLatin1Char('C')) });
+}
+
+void TestHighlight::singleBacktickIsGreyOnItsOwn()
+{
+    // Each backtick on its own; what stands between two keeps its colours.
+    QCOMPARE(colours(QStringLiteral("put `put` 12 `\nx := `y\n`"), { QStringLiteral("put") }, {}),
+             QStringList({ QStringLiteral("RRR.CRRRC.BB.C"), QStringLiteral(".....C."),
+                           QStringLiteral("C") }));
+}
+
+void TestHighlight::laterRulesOverwriteEarlierOnes()
+{
+    // The string runs to the quote inside the comment: the number and the
+    // name inside it are green, the comment with its quotes and name grey.
+    QCOMPARE(colours(QStringLiteral("\"12 put\" 7 `` \"put\" 8"), { QStringLiteral("put") }, {}),
+             QStringList { QStringLiteral("GGGGGGGGGGGCCCCCCCCCC") });
+    // A name that is a whole word inside a string is green as well.
+    QCOMPARE(colours(QStringLiteral("put \"put\" put"), { QStringLiteral("put") }, {}),
+             QStringList { QStringLiteral("RRR.GGGGG.RRR") });
+}
+
+void TestHighlight::blockStateIsZeroAfterHighlighting()
+{
+    const QString text = QStringLiteral("a `b\n`\n``c\n\nx := 1\n`` `\n\"`\" `");
+    ZuSourceCode *editor = openEditor(text);
+    QVERIFY(editor);
+    QTextDocument *document = editor->document();
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        QCOMPARE(block.userState(), -1);
+
+    QStringList operations { QStringLiteral("a") };
+    QStringList types;
+    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    syntaxer->rehighlight();
+    QCOMPARE(document->blockCount(), 7);
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        QCOMPARE(block.userState(), 0);
+    QCOMPARE(colourMap(document->findBlockByNumber(0)), QStringLiteral("R.C."));
+    QCOMPARE(colourMap(document->findBlockByNumber(6)), QStringLiteral("GCG.C"));
+}
+
+// ---------------------------------------------------------------------------
+// Agreement with the reference
+
+void TestHighlight::generatedProgramMatchesReference()
+{
+    const ZuSample sample = makeZuSample(12345);
+    QCOMPARE(sample.lines.size(), 10000);
+    QCOMPARE(sample.operations.size(), 1000);
+    QCOMPARE(sample.types.size(), 300);
+    const QString text = sample.text();
+
+    ZuSourceCode *editor = highlighted(text, sample.operations, sample.types);
+    QVERIFY(editor);
+    QCOMPARE(editor->toPlainText(), text);
+
+    QTextDocument expected;
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, sample.operations, sample.types);
+    reference.rehighlight();
+    QCOMPARE(reference.rules().size(), 1000 + 300 + 1 + 4);
+
+    const QString difference = firstDifference(editor->document(), &expected);
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+
+    // The sample must exercise every colour on many lines.
+    QHash<QChar, int> linesWith;
+    for (QTextBlock block = editor->document()->begin(); block.isValid(); block = block.next()) {
+        const QString map = colourMap(block);
+        for (QChar letter : QStringLiteral("RBGMC?")) {
+            if (map.contains(letter))
+                ++linesWith[letter];
+        }
+    }
+    QVERIFY2(linesWith.value(QLatin1Char('R')) > 5000, qPrintable(QString::number(linesWith.value(QLatin1Char('R')))));
+    QVERIFY2(linesWith.value(QLatin1Char('B')) > 3000, qPrintable(QString::number(linesWith.value(QLatin1Char('B')))));
+    QVERIFY2(linesWith.value(QLatin1Char('G')) > 500, qPrintable(QString::number(linesWith.value(QLatin1Char('G')))));
+    QVERIFY2(linesWith.value(QLatin1Char('M')) > 300, qPrintable(QString::number(linesWith.value(QLatin1Char('M')))));
+    QVERIFY2(linesWith.value(QLatin1Char('C')) > 1000, qPrintable(QString::number(linesWith.value(QLatin1Char('C')))));
+    QCOMPARE(linesWith.value(QLatin1Char('?')), 0);
+}
+
+void TestHighlight::edgeNameListsMatchReference_data()
+{
+    QTest::addColumn<QStringList>("operations");
+    QTest::addColumn<QStringList>("types");
+
+    const QStringList invalid = { QStringLiteral("("), QStringLiteral("["), QStringLiteral("a\\"),
+                                  QStringLiteral("*x") };
+    const QStringList empty = { QStringLiteral("a*"), QStringLiteral("()"), QStringLiteral("x?"),
+                                QString() };
+    const QStringList edges = { QStringLiteral("end if"), QStringLiteral("<x"), QStringLiteral("y>"),
+                                QStringLiteral(" "), QStringLiteral("x "), QStringLiteral("-"),
+                                QStringLiteral("a-b"), QStringLiteral(":="), u("конец если") };
+    // Patterns that match almost anywhere.
+    const QStringList wide = { QStringLiteral("."), QStringLiteral("\\w+"), QStringLiteral("\\d"),
+                               QStringLiteral("n.*"), QStringLiteral("d{2}"), QStringLiteral("z{1,2}"),
+                               QStringLiteral("y?y"), QStringLiteral("^s"), QStringLiteral("e$"),
+                               QStringLiteral("a|"), QStringLiteral("|b"), QStringLiteral("f\\("),
+                               QStringLiteral("[^ ]"), QStringLiteral("\\b") };
+    const QStringList words = { QStringLiteral("put"), QStringLiteral("x"), QStringLiteral("get_it"),
+                                u("вывод") };
+
+    QTest::newRow("both lists empty") << QStringList() << QStringList();
+    QTest::newRow("first list only") << words + edges << QStringList();
+    QTest::newRow("second list only") << QStringList() << words + edges;
+    QTest::newRow("invalid patterns first") << invalid + words << QStringList { QStringLiteral("Int") };
+    QTest::newRow("invalid patterns last") << words << words + invalid;
+    QTest::newRow("empty matches first") << empty + words << QStringList { QStringLiteral("Int") };
+    QTest::newRow("empty matches last") << words << words + empty;
+    QTest::newRow("empty name only") << QStringList { QString() } << QStringList();
+    QTest::newRow("blanks and non-word ends") << edges << edges;
+    QTest::newRow("wide patterns") << wide + words << words + wide;
+    QTest::newRow("everything in both lists")
+        << invalid + empty + edges + wide + words << words + edges + wide + empty + invalid;
+}
+
+void TestHighlight::edgeNameListsMatchReference()
+{
+    QFETCH(QStringList, operations);
+    QFETCH(QStringList, types);
+
+    QRandomGenerator random(777);
+    QStringList lines = makeZuLines(random, 1500, operations, types);
+    // Every name on its own, inside a word and between punctuation.
+    for (const QString &name : operations + types) {
+        lines << name << QStringLiteral("a") + name + QStringLiteral("b")
+              << QStringLiteral("(") + name + QStringLiteral(") ") + name + QStringLiteral("; ") + name
+              << name + name + QStringLiteral(" `") + name + QStringLiteral("` `` ") + name;
+    }
+    compareWithReference(lines.join(QLatin1Char('\n')), operations, types);
+}
+
+void TestHighlight::editedLinesMatchReference()
+{
+    const ZuSample sample = makeZuSample(54321, 600, 200, 60);
+    const QString text = sample.text();
+    ZuSourceCode *editor = highlighted(text, sample.operations, sample.types);
+    QVERIFY(editor);
+    // A document reports its changes only once it has a layout.
+    QTextDocument expected;
+    expected.setDocumentLayout(new QPlainTextDocumentLayout(&expected));
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, sample.operations, sample.types);
+    reference.rehighlight();
+    const QString before = firstDifference(editor->document(), &expected);
+    QVERIFY2(before.isEmpty(), qPrintable(before));
+
+    // The same edits on both documents: each highlighter colours the lines
+    // the edits touch.
+    QRandomGenerator random(99);
+    const QStringList inserts = makeZuLines(random, 300, sample.operations, sample.types);
+    for (int i = 0; i < inserts.size(); ++i) {
+        QTextDocument *documents[] = { editor->document(), &expected };
+        const int blockNumber = random.bounded(editor->document()->blockCount());
+        const QTextBlock block = editor->document()->findBlockByNumber(blockNumber);
+        const int offset = random.bounded(block.length());
+        const int removed = qMin(random.bounded(4), block.length() - 1 - offset);
+        QString insert = inserts.at(i).trimmed().left(1 + random.bounded(12));
+        if (i % 10 == 0)
+            insert += QLatin1Char('\n');
+        for (QTextDocument *document : documents) {
+            QTextCursor cursor(document->findBlockByNumber(blockNumber));
+            cursor.setPosition(cursor.position() + offset);
+            cursor.setPosition(cursor.position() + removed, QTextCursor::KeepAnchor);
+            cursor.insertText(insert);
+        }
+    }
+    QVERIFY(editor->toPlainText() != text);
+    QCOMPARE(editor->toPlainText(), expected.toPlainText());
+    const QString difference = firstDifference(editor->document(), &expected);
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+QTEST_MAIN(TestHighlight)
+#include "tst_highlight.moc"
