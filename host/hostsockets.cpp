@@ -19,7 +19,7 @@ const char *hostMember(const char *socketName)
 {
     static const QHash<QByteArray, const char *> members = {
         {tablesSocket, SLOT(answerTables())},
-        {operToolTipSocket, SLOT(answerOperToolTip())},
+        {operToolTipSocket, SLOT(answerOperToolTip(QString))},
         {"_LocalMenuRunSignalQString", SLOT(compile(QString))},
         {"compilerErrorFoundBool", SLOT(reportCompilerErrors(bool))},
         {"editSetting(QString,QString)", SLOT(editSettings(QString,QString))},
@@ -89,6 +89,11 @@ void HostSockets::waitForAnswers()
         m_worker.join();
 }
 
+Vocabulary &HostSockets::vocabulary()
+{
+    return m_vocabulary;
+}
+
 void HostSockets::answerTables()
 {
     const QMetaMethod answer = m_answers.value(tablesSocket);
@@ -103,18 +108,20 @@ void HostSockets::answerTables()
     m_worker = std::thread([this, answer, requester] {
         waitUntilAsleep(requester);
         answer.invoke(m_socketObject, Qt::DirectConnection,
-                      Q_ARG(ARRAY *, &m_operations), Q_ARG(ARRAY *, &m_types));
+                      Q_ARG(ARRAY *, m_vocabulary.operationTable()),
+                      Q_ARG(ARRAY *, m_vocabulary.typeTable()));
     });
 }
 
-void HostSockets::answerOperToolTip()
+void HostSockets::answerOperToolTip(const QString &name)
 {
     const QMetaMethod answer = m_answers.value(operToolTipSocket);
     if (!answer.isValid())
         return;
-    // No vocabulary yet, so every operation has an empty tip. Answering at
-    // once costs the plug-in its short wait but shares no text across threads.
-    answer.invoke(m_socketObject, Qt::DirectConnection, Q_ARG(QString, QString()));
+    // From within the request: the plug-in stores the text before its short
+    // wait, which then runs out, and no text is shared across threads.
+    answer.invoke(m_socketObject, Qt::DirectConnection,
+                  Q_ARG(QString, m_vocabulary.toolTip(name)));
 }
 
 void HostSockets::compile(const QString &fileName)

@@ -7,7 +7,7 @@
 
 #include <thread>
 
-#include "hosttables.h"
+#include "vocabulary.h"
 
 struct SocketRecord;
 
@@ -32,6 +32,10 @@ public:
     // has arrived.
     void waitForAnswers();
 
+    // What the plug-in's table and tool-tip requests are answered from;
+    // load it before the plug-in runs.
+    Vocabulary &vocabulary();
+
 signals:
     void editProgramRequested(const QString &name);
     void saveFileIfChanged(const QString &name);
@@ -42,7 +46,7 @@ signals:
 
 private slots:
     void answerTables();
-    void answerOperToolTip();
+    void answerOperToolTip(const QString &name);
     void compile(const QString &fileName);
     void reportCompilerErrors(bool found);
     void editSettings(const QString &page, const QString &);
@@ -53,8 +57,7 @@ private:
 
     QObject *m_socketObject = nullptr;
     QHash<QByteArray, QMetaMethod> m_answers;  // request socket -> answer slot
-    ARRAY m_operations = {};
-    ARRAY m_types = {};
+    Vocabulary m_vocabulary;
     std::thread m_worker;
 };
 

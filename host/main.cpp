@@ -9,6 +9,30 @@
 
 #include "pluginhost.h"
 #include "settingsstore.h"
+#include "vocabulary.h"
+
+namespace {
+
+// A vocabulary asked for must be readable; without the sample the plug-in
+// just gets empty tables. A malformed line costs only its own entry.
+bool loadVocabulary(Vocabulary &vocabulary, const QString &path, bool required)
+{
+    if (!required && !QFileInfo::exists(path)) {
+        qWarning("zuhost: no vocabulary at %s, so the tables stay empty", qPrintable(path));
+        return true;
+    }
+    if (!vocabulary.load(path)) {
+        qWarning("zuhost: cannot read the vocabulary %s: %s",
+                 qPrintable(path), qPrintable(vocabulary.errorString()));
+        return false;
+    }
+    const QStringList errors = vocabulary.errors();
+    for (const QString &error : errors)
+        qWarning("zuhost: %s", qPrintable(error));
+    return true;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -29,6 +53,9 @@ int main(int argc, char *argv[])
             QStringLiteral("Keep the plug-in's settings in the INI file <file>."), QStringLiteral("file"),
             QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
                     + QStringLiteral("/zuhost.ini"));
+    const QCommandLineOption vocabularyOption(QStringLiteral("vocabulary"),
+            QStringLiteral("Answer the plug-in's tables and tool tips from the vocabulary <file>."),
+            QStringLiteral("file"), QStringLiteral(ZUHOST_DEFAULT_VOCABULARY));
     const QCommandLineOption dirOption(QStringLiteral("dir"),
             QStringLiteral("Use <dir> as the programs directory."), QStringLiteral("dir"));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
@@ -36,7 +63,8 @@ int main(int argc, char *argv[])
             QStringLiteral("file"));
     const QCommandLineOption quitAfterOption(QStringLiteral("quit-after"),
             QStringLiteral("Quit after <ms> milliseconds."), QStringLiteral("ms"));
-    parser.addOptions({moduleOption, settingsOption, dirOption, screenshotOption, quitAfterOption});
+    parser.addOptions({moduleOption, settingsOption, vocabularyOption, dirOption,
+                       screenshotOption, quitAfterOption});
     parser.addPositionalArgument(QStringLiteral("names"),
             QStringLiteral("Programs or projects to open once the editor runs."),
             QStringLiteral("[names...]"));
@@ -59,8 +87,13 @@ int main(int argc, char *argv[])
     };
     const QString modulePath = absolutePath(moduleOption);
     const QString screenshotPath = absolutePath(screenshotOption);
+    const QString vocabularyPath = absolutePath(vocabularyOption);
 
     SettingsStore store(absolutePath(settingsOption));
+    PluginHost host(&store);
+    if (!loadVocabulary(host.vocabulary(), vocabularyPath, parser.isSet(vocabularyOption)))
+        return 1;
+
     if (parser.isSet(dirOption)) {
         // Before the plug-in exists: its window lists the current directory
         // when it is made. Recorded before the exchange so that a directory
@@ -72,7 +105,6 @@ int main(int argc, char *argv[])
         store.setValue(QStringLiteral("programsDir"), QDir::currentPath());
     }
 
-    PluginHost host(&store);
     if (!host.load(modulePath)) {
         qWarning("%s", qPrintable(host.errorString()));
         return 2;

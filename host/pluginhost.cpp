@@ -69,6 +69,11 @@ QString PluginHost::errorString() const
     return m_error;
 }
 
+Vocabulary &PluginHost::vocabulary()
+{
+    return m_sockets.vocabulary();
+}
+
 void PluginHost::start()
 {
     m_sockets.pair(m_descriptor->socketObject, m_descriptor->sockets,

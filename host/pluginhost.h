@@ -29,6 +29,9 @@ public:
     bool load(const QString &modulePath);
     QString errorString() const;
 
+    // Answers the plug-in's tables and tool tips; load it before start().
+    Vocabulary &vocabulary();
+
     void start();
     void openPrograms(const QStringList &names);
     QWidget *window() const;

@@ -22,6 +22,9 @@ private slots:
     void refusesWhatIsNotAPlugin();
     void dirWinsOverStoredProgramsDir();
     void screenshotWritesPng();
+    void runsOnTheSampleVocabulary();
+    void reportsMalformedVocabularyLines();
+    void refusesMissingVocabulary();
     void badCommandLine_data();
     void badCommandLine();
 
@@ -255,6 +258,56 @@ void TestZuHost::screenshotWritesPng()
     QVERIFY(image.load(png, "PNG"));
     QVERIFY2(image.width() > 500, qPrintable(QString::number(image.width())));
     QVERIFY2(image.height() > 300, qPrintable(QString::number(image.height())));
+}
+
+void TestZuHost::runsOnTheSampleVocabulary()
+{
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    const QString vocabulary = QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary");
+    const Run run = runHost(hostArguments(m_dir.filePath(QStringLiteral("sample.ini")), programs.path())
+                            << QStringLiteral("--vocabulary") << vocabulary
+                            << QStringLiteral("--quit-after") << QStringLiteral("0"));
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(!run.errors.contains(vocabulary.toLocal8Bit()), run.errors.constData());
+}
+
+void TestZuHost::reportsMalformedVocabularyLines()
+{
+    const QString vocabulary = m_dir.filePath(QStringLiteral("malformed-vocabulary"));
+    QFile file(vocabulary);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("# a good line, a bad one, a good one\n"
+               "operation print : Prints\n"
+               "keyword while\n"
+               "type int\n");
+    file.close();
+
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    const Run run = runHost(hostArguments(m_dir.filePath(QStringLiteral("malformed.ini")), programs.path())
+                            << QStringLiteral("--vocabulary") << vocabulary
+                            << QStringLiteral("--quit-after") << QStringLiteral("0"));
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(run.errors.contains((vocabulary + QStringLiteral(":3: ")).toLocal8Bit()),
+             run.errors.constData());
+    QVERIFY2(!run.errors.contains((vocabulary + QStringLiteral(":2: ")).toLocal8Bit()),
+             run.errors.constData());
+}
+
+// Asked for by name, a vocabulary that is not there is a bad command line.
+void TestZuHost::refusesMissingVocabulary()
+{
+    const QString vocabulary = m_dir.filePath(QStringLiteral("no-such-vocabulary"));
+    const Run run = runHost({QStringLiteral("--module"), QStringLiteral(ZU_MODULE_PATH),
+                             QStringLiteral("--settings"), m_dir.filePath(QStringLiteral("missing.ini")),
+                             QStringLiteral("--vocabulary"), vocabulary,
+                             QStringLiteral("--quit-after"), QStringLiteral("0")});
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.errors.contains(vocabulary.toLocal8Bit()), run.errors.constData());
 }
 
 void TestZuHost::badCommandLine_data()
