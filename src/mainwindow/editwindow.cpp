@@ -5,7 +5,6 @@
 #include "searchreplace.h"
 #include "textedit.h"
 
-#include <QDir>
 #include <QTextCodec>
 
 #include <utility>
@@ -109,12 +108,6 @@ void EditWindow::disableProgProj()
     ui->currentProjectList->clear();
     ui->currProjBox->setEnabled(false);
     ui->addprjButton->setEnabled(false);
-}
-
-void EditWindow::setProgramsDir(const QString &dir)
-{
-    programsDir = dir;
-    QDir::setCurrent(dir);
 }
 
 void EditWindow::run()

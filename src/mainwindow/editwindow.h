@@ -66,13 +66,31 @@ public:
     // Console (editwindow_compile.cpp)
     void setMaxConsoleLines(unsigned int n);
 
+    // Program and project lists (editwindow_lists.cpp)
+    static QString placeholderName();
+    void fillProgramsList(QListWidget *list, const char *ext);
+    QListWidget *currentList(QObject *sender) const;
+    void editName(QListWidgetItem *item);
+    QListWidgetItem *newItemInList(QListWidget *list, QString name);
+
+    // Projects (editwindow_projects.cpp)
+    void OpenPrj(bool skip);
+    void dropCurrProjList();
+    bool selectProjByName(QString name);
+    bool isProgInProj(QString name) const;
+    void saveChangedInProj();
+
     // Tabs (editwindow_tabs.cpp)
     QWidget *addTextTab(QString name);
+    bool alreadyOpen(QString name);
     bool findOpenTab(QString name);
     void openProgsList(QStringList names);
     void setEditTabName(QString name);
     QString currTabName() const;
     QStringList getOpenedList() const;
+    void changeCompleter(ZuSourceCode *editor);
+    void saveCurrentProg();
+    void saveAllChangedProgs();
 
     // Search (editwindow_search.cpp)
     void storeSearchSettings();
@@ -144,6 +162,9 @@ private slots:
 
 private:
     void showListButtonsAsIcons();
+    void rejectName(QListWidgetItem *item);
+    void projectFileError();
+    void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
     void makeConnections();

@@ -3,42 +3,286 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
+#include "progdelete.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QMessageBox>
+#include <QToolTip>
+
+static const char programExtension[] = ".zu";
+static const char projectExtension[] = ".zup";
+
+QString EditWindow::placeholderName()
+{
+    return tr("Задайте имя");
+}
+
+void EditWindow::fillProgramsList(QListWidget *list, const char *ext)
+{
+    const QString remembered = list->currentItem() ? list->currentItem()->text() : QString();
+    list->clear();
+
+    const QString extension = QString::fromLatin1(ext);
+    const QFileInfoList entries = QDir(QString()).entryInfoList(
+        { QLatin1Char('*') + extension }, QDir::Files | QDir::NoSymLinks, QDir::Name);
+    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    for (const QFileInfo &entry : entries) {
+        // The filter ignores case, the cut does not: "A.ZU" keeps its name.
+        const QString fileName = entry.fileName();
+        auto *item = new QListWidgetItem(fileName.left(fileName.lastIndexOf(extension)), list);
+        item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled);
+    }
+    connect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+
+    if (list->count() > 0) {
+        list->setCurrentRow(0);
+        const QList<QListWidgetItem *> found = list->findItems(remembered, Qt::MatchExactly);
+        if (!found.isEmpty())
+            list->setCurrentItem(found.first());
+    }
+}
+
 void EditWindow::dirChanged(QString)
 {
+    fillProgramsList(ui->programsList, programExtension);
+    fillProgramsList(ui->projectsList, projectExtension);
 }
 
-void EditWindow::curProgChanged(int)
+void EditWindow::setProgramsDir(const QString &dir)
 {
+    programsDir = dir;
+    QDir::setCurrent(dir);
+    dirChanged(QString());
 }
 
-void EditWindow::progRenamed(QListWidgetItem *)
+void EditWindow::newSettingsProgramsDir(QString hostDir, QString dir)
 {
+    hostDirArg = hostDir;
+    programsDir = dir;
+    emit changeVariant(QStringLiteral("programsDir"), QVariant(dir), false, true);
+    QDir::setCurrent(dir);
+    dirChanged(QString());
 }
 
-void EditWindow::nameEditClosed(QWidget *, QAbstractItemDelegate::EndEditHint)
+void EditWindow::curProgChanged(int row)
 {
+    ui->newProgButton->setEnabled(true);
+    const QList<QPushButton *> programButtons { ui->editButton, ui->delProgButton, ui->renameButton };
+    if (row >= 0) {
+        QListWidgetItem *current = ui->programsList->currentItem();
+        curProgName = current ? current->text() : QString();
+    }
+    if (row < 0 || curProgName == placeholderName()) {
+        for (QPushButton *button : programButtons)
+            button->setEnabled(false);
+        ui->addprjButton->setEnabled(false);
+        return;
+    }
+
+    ui->addprjButton->setEnabled(ui->currProjBox->isEnabled());
+    // An open program may be neither renamed nor deleted; selecting it
+    // brings its tab to the front.
+    const bool open = alreadyOpen(curProgName);
+    for (QPushButton *button : programButtons)
+        button->setEnabled(!open);
+
+    if (!ui->currentProjectList->findItems(curProgName, Qt::MatchExactly).isEmpty())
+        ui->addprjButton->setEnabled(false);
 }
 
-void EditWindow::newSettingsProgramsDir(QString, QString)
+QListWidget *EditWindow::currentList(QObject *sender) const
 {
+    if (sender == ui->newProgButton || sender == ui->editButton || sender == ui->delProgButton
+        || sender == ui->programsList)
+        return ui->programsList;
+    if (sender == ui->newprjButton || sender == ui->delprjButton || sender == ui->projectsList)
+        return ui->projectsList;
+    if (sender == ui->newProgPrjButton || sender == ui->editProgPrjButton
+        || sender == ui->removeProgPrjButton || sender == ui->currentProjectList)
+        return ui->currentProjectList;
+    return nullptr;
+}
+
+void EditWindow::editName(QListWidgetItem *item)
+{
+    QListWidget *list = item->listWidget();
+    list->setFocus(Qt::OtherFocusReason);
+    list->setCurrentItem(item);
+    // The item may have been current already while another list's item
+    // was the last made current: the rename's old name is this one.
+    curProgName = item->text();
+    list->editItem(item);
+}
+
+QListWidgetItem *EditWindow::newItemInList(QListWidget *list, QString name)
+{
+    const QList<QListWidgetItem *> found = list->findItems(name, Qt::MatchExactly);
+    if (!found.isEmpty())
+        return found.first();
+
+    auto *item = new QListWidgetItem(name, list);
+    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    item->setFlags(item->flags() | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled);
+    connect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    return item;
 }
 
 void EditWindow::on_newProgButton_clicked()
 {
+    QListWidget *list = currentList(sender());
+    if (!list)
+        return;
+    newItemMode = true;
+    editName(newItemInList(list, placeholderName()));
 }
 
-void EditWindow::on_delProgButton_clicked()
+// The unnamed new item goes when its editor closes, named or not: a named
+// one comes back through the directory watcher.
+void EditWindow::nameEditClosed(QWidget *, QAbstractItemDelegate::EndEditHint)
 {
+    auto *list = qobject_cast<QListWidget *>(sender() ? sender()->parent() : nullptr);
+    if (!list)
+        return;
+    for (int row = 0; row < list->count(); ++row) {
+        if (list->item(row)->text() == placeholderName())
+            delete list->takeItem(row);
+    }
 }
 
 void EditWindow::on_renameButton_clicked()
 {
+    if (QListWidgetItem *item = ui->programsList->currentItem())
+        editName(item);
 }
 
-void EditWindow::on_programsList_itemActivated(QListWidgetItem *)
+void EditWindow::on_programsList_itemActivated(QListWidgetItem *item)
 {
+    if (!alreadyOpen(item->text()))
+        on_editButton_clicked();
 }
 
-void EditWindow::onItemEntered(QListWidgetItem *)
+// A name is a file name in the programs directory; the file system would
+// take a name with a separator as a path elsewhere.
+static bool staysInDirectory(const QString &fileName)
 {
+    return !fileName.contains(QLatin1Char('/')) && !fileName.contains(QChar::Null);
+}
+
+void EditWindow::progRenamed(QListWidgetItem *item)
+{
+    QListWidget *list = item->listWidget();
+    const bool project = list == ui->projectsList;
+    const char *ext = project ? projectExtension : programExtension;
+    const QString name = item->text();
+    const QString target = name + QLatin1String(ext);
+
+    if (!staysInDirectory(target)) {
+        rejectName(item);
+        return;
+    }
+
+    if (QFile::exists(target)) {
+        QMessageBox::critical(this, tr("ВНИМАНИЕ!"),
+                              (project ? tr("Проект") : tr("Программа")) + tr(" с именем ") + name
+                                  + tr(" уже существует.\nНеобходимо создавать с другим именем."),
+                              QMessageBox::Ok);
+        if (list != ui->currentProjectList)
+            fillProgramsList(list, ext);
+        return;
+    }
+
+    if (!newItemMode) {
+        if (name == curProgName)
+            return;
+        QFile::rename(curProgName + QLatin1String(ext), target);
+        if (ui->selectorTabs->currentIndex() == 2)
+            dropCurrProjList();
+        return;
+    }
+
+    newItemMode = false;
+    if (name == placeholderName())
+        return;
+    QFile file(target);
+    file.open(QIODevice::WriteOnly);
+    file.close();
+    if (list == ui->currentProjectList)
+        dropCurrProjList();
+    if (project) {
+        enableProgProj();
+        ui->selectorTabs->setCurrentIndex(0);
+        QToolTip::showText(QPoint(0, 0), tr("Выберите программы и включите в новый проект"), ui->programsList);
+    }
+}
+
+// A name that would leave the directory fails like a failed create or
+// rename: nothing is written and the list shows what is on disk.
+void EditWindow::rejectName(QListWidgetItem *item)
+{
+    QListWidget *list = item->listWidget();
+    const QSignalBlocker blocker(list);
+    if (newItemMode) {
+        newItemMode = false;
+        delete list->takeItem(list->row(item));
+    } else {
+        item->setText(curProgName);
+    }
+}
+
+void EditWindow::on_delProgButton_clicked()
+{
+    QListWidget *list = currentList(sender());
+    QListWidgetItem *item = list ? list->currentItem() : nullptr;
+    if (!item)
+        return;
+
+    if (list == ui->projectsList) {
+        const QMessageBox::StandardButton answer = QMessageBox::question(
+            this, tr("ВНИМАНИЕ!"),
+            tr("При удалении проекта не удаляются программы входящие в него.\n"
+               "Программы следует удалять по-отдельности.Восстановление удаленного проекта "
+               "возможно средствами операционной системы\n\nУдалить проект ")
+                + item->text() + QStringLiteral(" ?"),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
+        if (answer == QMessageBox::Yes) {
+            if (ui->currProjBox->title() == item->text())
+                disableProgProj();
+            QFile::remove(item->text() + QLatin1String(projectExtension));
+        }
+        return;
+    }
+
+    auto *dialog = new ProgDelete(this, item->text(), programsDir);
+    dialog->setVisible(true);
+}
+
+// Not every file system keeps a birth time; the time the file's entry last
+// changed stands in for it then.
+static QDateTime creationTime(const QFileInfo &file)
+{
+    const QDateTime born = file.birthTime();
+    return born.isValid() ? born : file.metadataChangeTime();
+}
+
+void EditWindow::onItemEntered(QListWidgetItem *item)
+{
+    QListWidget *list = item->listWidget();
+    const char *ext = list == ui->projectsList ? projectExtension : programExtension;
+    const QFileInfoList found = QDir(QString()).entryInfoList(
+        { item->text() + QLatin1String(ext) }, QDir::NoFilter, QDir::NoSort);
+    if (found.isEmpty())
+        return;
+
+    const QFileInfo &file = found.first();
+    const QStringList lines {
+        file.absoluteFilePath(),
+        tr("Владелец:\t") + file.owner(),
+        tr("Изменен:\t") + file.lastModified().toString(Qt::TextDate),
+        tr("Прочитан:\t") + file.lastRead().toString(Qt::TextDate),
+        tr("Создан:\t") + creationTime(file).toString(Qt::TextDate),
+    };
+    const QRect rect = list->visualItemRect(item);
+    QToolTip::showText(list->mapToGlobal(QPoint(rect.left(), rect.bottom())), lines.join(QLatin1Char('\n')));
 }

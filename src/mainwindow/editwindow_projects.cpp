@@ -3,50 +3,267 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
-void EditWindow::curProjChanged(int)
+#include "zusourcecode.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QSaveFile>
+#include <QTextCodec>
+#include <QTextStream>
+
+// Project files hold program names, which are windows-1251 like the
+// programs themselves, whatever the user's locale.
+static QTextCodec *projectCodec()
 {
+    static QTextCodec *const codec = QTextCodec::codecForName("windows-1251");
+    return codec;
 }
 
-void EditWindow::curProgPrjChanged(int)
+void EditWindow::projectFileError()
 {
+    QMessageBox::critical(this, tr("ВНИМАНИЕ!"), tr("Ошибка при открытии файла проекта!"), QMessageBox::Ok);
 }
 
-void EditWindow::zupselected(bool, QString)
+void EditWindow::OpenPrj(bool skip)
 {
+    QListWidgetItem *project = ui->projectsList->currentItem();
+    if (skip || !project)
+        return;
+    ui->currentProjectList->clear();
+
+    QFile file(project->text() + QStringLiteral(".zup"));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        projectFileError();
+        return;
+    }
+    QTextStream in(&file);
+    in.setCodec(projectCodec());
+    in.setAutoDetectUnicode(false);
+    QStringList names;
+    while (!in.atEnd()) {
+        QString line = in.readLine();
+        if (line.isEmpty())
+            break;
+        // Without ".zu" the cut starts one character from the end.
+        line.remove(line.lastIndexOf(QStringLiteral(".zu")), line.size());
+        names << line;
+    }
+    ui->currentProjectList->addItems(names);
+    ui->currentProjectList->setCurrentItem(nullptr);
+    enableProgProj();
 }
 
-void EditWindow::saveEntireProject()
+void EditWindow::dropCurrProjList()
 {
+    QSaveFile file(ui->currProjBox->title() + QStringLiteral(".zup"));
+    file.setDirectWriteFallback(true);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        projectFileError();
+        return;
+    }
+    QTextStream out(&file);
+    out.setCodec(projectCodec());
+    for (int row = 0; row < ui->currentProjectList->count(); ++row)
+        out << ui->currentProjectList->item(row)->text() << ".zu\n";
+    out.flush();
+    if (!file.commit())
+        projectFileError();
 }
 
-void EditWindow::on_editAllPrjButton_clicked()
+void EditWindow::curProjChanged(int row)
 {
+    ui->newprjButton->setEnabled(true);
+    ui->renamePrjButton->setEnabled(true);
+    ui->debugProjButton->setEnabled(false);
+    ui->editAllPrjButton->setEnabled(false);
+
+    QListWidgetItem *project = row < 0 ? nullptr : ui->projectsList->currentItem();
+    if (project)
+        curProgName = project->text();
+    if (!project || curProgName == placeholderName()) {
+        ui->delprjButton->setEnabled(false);
+        ui->renamePrjButton->setEnabled(false);
+        disableProgProj();
+        return;
+    }
+
+    ui->delprjButton->setEnabled(true);
+    OpenPrj(false);
+    // A project whose programs are all missing or empty cannot be opened
+    // or compiled as a whole.
+    for (int i = 0; i < ui->currentProjectList->count(); ++i) {
+        const QFileInfo program(ui->currentProjectList->item(i)->text() + QStringLiteral(".zu"));
+        if (program.exists() && program.size() > 0) {
+            ui->debugProjButton->setEnabled(true);
+            ui->editAllPrjButton->setEnabled(true);
+            break;
+        }
+    }
 }
 
-void EditWindow::on_downInPrjButton_clicked()
+void EditWindow::curProgPrjChanged(int row)
 {
+    ui->newProgPrjButton->setEnabled(true);
+    const QList<QPushButton *> buttons { ui->editProgPrjButton, ui->downInPrjButton, ui->upInPrjButton,
+                                         ui->removeProgPrjButton };
+    QListWidgetItem *item = row < 0 ? nullptr : ui->currentProjectList->item(row);
+    if (!item || item->text() == placeholderName()) {
+        for (QPushButton *button : buttons)
+            button->setEnabled(false);
+        return;
+    }
+    curProgName = item->text();
+
+    ui->editProgPrjButton->setEnabled(true);
+    ui->upInPrjButton->setEnabled(row > 0);
+    ui->downInPrjButton->setEnabled(row < ui->currentProjectList->count() - 1);
+    ui->removeProgPrjButton->setEnabled(true);
+    // An open program is neither opened again nor taken out of the project.
+    if (getOpenedList().contains(item->text())) {
+        ui->editProgPrjButton->setEnabled(false);
+        ui->removeProgPrjButton->setEnabled(false);
+    }
 }
 
-void EditWindow::on_upInPrjButton_clicked()
+bool EditWindow::selectProjByName(QString name)
 {
+    ui->selectorTabs->setCurrentWidget(ui->projectsTab);
+    const QList<QListWidgetItem *> found = ui->projectsList->findItems(name, Qt::MatchExactly);
+    if (found.isEmpty())
+        return false;
+    ui->projectsList->setCurrentItem(found.first());
+    return true;
+}
+
+bool EditWindow::isProgInProj(QString name) const
+{
+    return !ui->currentProjectList->findItems(name, Qt::MatchExactly).isEmpty();
+}
+
+void EditWindow::saveChangedInProj()
+{
+    const int current = ui->tabWidget->currentIndex();
+    for (int tab = 0; tab < ui->tabWidget->count(); ++tab) {
+        ZuSourceCode *editor = editorAt(tab);
+        if (!editor || !editor->isChanged() || tab == current)
+            continue;
+        const QString name = ui->tabWidget->tabText(tab);
+        for (int row = 0; row < ui->currentProjectList->count(); ++row) {
+            if (ui->currentProjectList->item(row)->text() == name)
+                editor->toSave();
+        }
+    }
 }
 
 void EditWindow::on_addprjButton_clicked()
 {
+    if (QListWidgetItem *program = ui->programsList->currentItem()) {
+        ui->currentProjectList->addItem(program->text());
+        dropCurrProjList();
+    }
 }
 
 void EditWindow::on_removeProgPrjButton_clicked()
 {
+    QListWidgetItem *item = ui->currentProjectList->currentItem();
+    if (!item)
+        return;
+    const QMessageBox::StandardButton answer = QMessageBox::question(
+        this, tr("ВНИМАНИЕ!"),
+        tr("Программа будет удалена только из списка текущего проекта.\n"
+           "Программа сохранена на постоянном носителе и может быть включена в проект снова.\n\n"
+           "Удалить программу ")
+            + item->text() + tr(" из проекта?"),
+        QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
+    if (answer != QMessageBox::Yes)
+        return;
+
+    delete ui->currentProjectList->takeItem(ui->currentProjectList->row(item));
+    if (ui->currentProjectList->count() > 0) {
+        if (ui->currentProjectList->currentRow() != 0)
+            ui->currentProjectList->setCurrentRow(0);
+        else
+            curProgPrjChanged(0);
+    }
+    dropCurrProjList();
 }
 
-void EditWindow::on_renamePrjButton_clicked()
+void EditWindow::moveInProject(int step)
 {
+    QListWidget *list = ui->currentProjectList;
+    const int row = list->currentRow();
+    const int target = row + step;
+    if (row < 0 || target < 0 || target >= list->count())
+        return;
+    list->insertItem(target, list->takeItem(row));
+    dropCurrProjList();
+    list->setCurrentRow(target);
+}
+
+void EditWindow::on_upInPrjButton_clicked()
+{
+    moveInProject(-1);
+}
+
+void EditWindow::on_downInPrjButton_clicked()
+{
+    moveInProject(1);
+}
+
+void EditWindow::on_editAllPrjButton_clicked()
+{
+    for (int row = 0; row < ui->currentProjectList->count(); ++row) {
+        const QString name = ui->currentProjectList->item(row)->text();
+        if (!alreadyOpen(name))
+            addTextTab(name);
+    }
 }
 
 void EditWindow::on_projectsList_itemActivated(QListWidgetItem *)
 {
+    on_editAllPrjButton_clicked();
 }
 
-void EditWindow::on_currentProjectList_itemActivated(QListWidgetItem *)
+void EditWindow::on_currentProjectList_itemActivated(QListWidgetItem *item)
 {
+    if (!alreadyOpen(item->text()))
+        on_editButton_clicked();
+}
+
+void EditWindow::on_renamePrjButton_clicked()
+{
+    if (QListWidgetItem *project = ui->projectsList->currentItem())
+        editName(project);
+}
+
+void EditWindow::zupselected(bool project, QString name)
+{
+    if (project) {
+        QFile file(name + QStringLiteral(".zup"));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(projectCodec()->fromUnicode(name) + ".zu\n");
+        file.close();
+        dirChanged(QString());
+        selectProjByName(name);
+    }
+    QFile program(name + QStringLiteral(".zu"));
+    program.open(QIODevice::WriteOnly);
+    program.close();
+    if (!findOpenTab(name))
+        addTextTab(name);
+    if (!project) {
+        ui->selectorTabs->setCurrentWidget(ui->programsTab);
+        const QList<QListWidgetItem *> found = ui->programsList->findItems(name, Qt::MatchExactly);
+        if (!found.isEmpty())
+            ui->programsList->setCurrentItem(found.first());
+    }
+}
+
+void EditWindow::saveEntireProject()
+{
+    if (isProgInProj(currTabName()))
+        saveCurrentProg();
+    saveChangedInProj();
+    dropCurrProjList();
 }

@@ -3,7 +3,12 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
+#include "syntaxer.h"
+#include "zuporzu.h"
 #include "zusourcecode.h"
+
+#include <QCompleter>
+#include <QStringListModel>
 
 #include <QFile>
 #include <QHBoxLayout>
@@ -24,6 +29,18 @@ QWidget *EditWindow::addTextTab(QString name)
     auto *page = new QWidget;
     auto *layout = new QHBoxLayout(page);
     auto *editor = new ZuSourceCode(page, name, this, programsDir);
+    // One highlighter and one completer serve whichever tab is current.
+    if (!syntaxer)
+        syntaxer = new Syntaxer(editor, &operList, &typeList);
+    if (!completer) {
+        completer = new QCompleter(this);
+        operList << typeList;
+        completer->setModel(new QStringListModel(operList, completer));
+        completer->setCaseSensitivity(Qt::CaseSensitive);
+        completer->setWrapAround(false);
+        completer->setCompletionMode(QCompleter::PopupCompletion);
+        changeCompleter(editor);
+    }
     layout->addWidget(editor);
     ui->tabWidget->addTab(page, name);
     curProgChanged(0);
@@ -48,6 +65,17 @@ bool EditWindow::findOpenTab(QString name)
     return false;
 }
 
+bool EditWindow::alreadyOpen(QString name)
+{
+    for (int i = 0; i < ui->tabWidget->count(); ++i) {
+        if (ui->tabWidget->tabText(i) == name) {
+            ui->tabWidget->setCurrentIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
 void EditWindow::openProgsList(QStringList names)
 {
     for (const QString &name : names)
@@ -62,6 +90,9 @@ void EditWindow::tabChanged(int index)
     if (!editor)
         return;
 
+    changeCompleter(editor);
+    if (editor->document() && syntaxer)
+        syntaxer->setDocument(editor->document());
     for (QPushButton *button : { ui->saveProgramButton, ui->saveAsProgramButton, ui->undoButton, ui->redoButton })
         button->disconnect(SIGNAL(clicked()));
     connect(ui->saveProgramButton, SIGNAL(clicked()), editor, SLOT(toSave()));
@@ -71,6 +102,15 @@ void EditWindow::tabChanged(int index)
     setEditButtons(editor->isChanged(), editor->isChanged(), editor->isUndoAvailable(),
                    editor->isRedoAvailable(), editor->isCompileEnabled());
     emit changeVariant(QStringLiteral("openedtab"), currTabName(), false, true);
+}
+
+void EditWindow::changeCompleter(ZuSourceCode *editor)
+{
+    if (!completer)
+        return;
+    completer->disconnect(editor);
+    completer->setWidget(editor);
+    connect(completer, SIGNAL(activated(QString)), editor, SLOT(insertCompleter(QString)));
 }
 
 void EditWindow::tabChanged(QWidget *page)
@@ -86,6 +126,10 @@ void EditWindow::tabClose(int index)
         ui->tabWidget->removeTab(index);
         if (ui->tabWidget->count() == 0) {
             setEditButtons(0, 0, 0, 0, 0);
+            delete syntaxer;
+            syntaxer = nullptr;
+            delete completer;
+            completer = nullptr;
             ui->seacrhButton->setChecked(false);
             ui->seacrhButton->setEnabled(false);
         }
@@ -124,21 +168,62 @@ QStringList EditWindow::getOpenedList() const
     return names;
 }
 
-void EditWindow::switchOrLoad(QString)
+// Goes to the program's tab, or opens it if the project or the program
+// list knows it.
+void EditWindow::switchOrLoad(QString name)
 {
+    if (findOpenTab(name))
+        return;
+    for (QListWidget *list : { ui->currentProjectList, ui->programsList }) {
+        if (!list->findItems(name, Qt::MatchExactly).isEmpty()) {
+            addTextTab(name);
+            return;
+        }
+    }
 }
 
-// The host's menu asks for a program by name.
+// The host's menu asks for a program or project by name; a name with no
+// file yet becomes one after the user says which.
 void EditWindow::addProgListAndEdit(QString name)
 {
     setVisible(true);
     activateWindow();
-    if (QFile::exists(name + QStringLiteral(".zu")) && !findOpenTab(name))
-        addTextTab(name);
+    newItemInList(ui->programsList, name);
+    if (QFile::exists(name + QStringLiteral(".zup"))) {
+        selectProjByName(name);
+        on_editAllPrjButton_clicked();
+    } else if (QFile::exists(name + QStringLiteral(".zu"))) {
+        if (!findOpenTab(name))
+            addTextTab(name);
+    } else {
+        auto *dialog = new zuporzu(name, this);
+        connect(dialog, SIGNAL(zupselected(bool,QString)), this, SLOT(zupselected(bool,QString)));
+        dialog->setVisible(true);
+    }
 }
 
-void EditWindow::saveFileIfChanged(QString)
+// The host saves what it is about to run, when the user wants that.
+void EditWindow::saveFileIfChanged(QString name)
 {
+    if (!autoSaveOnExec)
+        return;
+    if (selectProjByName(name))
+        saveEntireProject();
+    else if (findOpenTab(name))
+        saveCurrentProg();
+}
+
+void EditWindow::saveCurrentProg()
+{
+    ZuSourceCode *editor = currentEditor();
+    if (editor && editor->isChanged())
+        editor->toSave();
+}
+
+void EditWindow::saveAllChangedProgs()
+{
+    saveChangedInProj();
+    saveCurrentProg();
 }
 
 bool EditWindow::canExit()
@@ -153,4 +238,7 @@ bool EditWindow::canExit()
 
 void EditWindow::on_editButton_clicked()
 {
+    QListWidget *list = currentList(sender());
+    if (QListWidgetItem *item = list ? list->currentItem() : nullptr)
+        addTextTab(item->text());
 }

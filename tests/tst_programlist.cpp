@@ -1,0 +1,1293 @@
+// The program and project lists of the programs directory, driven as a user
+// drives them: clicks on the list buttons and items, in-place naming through
+// the lists' own editors, answers to the message boxes, and files that
+// appear or vanish behind the window's back.
+
+#include <QtTest>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDateTime>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QScopedPointer>
+#include <QSignalSpy>
+#include <QStyle>
+#include <QStyleOptionButton>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QToolTip>
+
+#include "editwindow.h"
+#include "settingelement.h"
+#include "testrunner.h"
+#include "textedit.h"
+
+Q_DECLARE_METATYPE(QListWidgetItem *)
+
+namespace {
+
+// Waits on the directory watcher get a generous limit: a loaded machine may
+// be slow to deliver the notification.
+const int watcherTimeout = 10000;
+
+const QString placeholderText = QStringLiteral("Задайте имя");
+const QString attentionTitle = QStringLiteral("ВНИМАНИЕ!");
+
+QString takenText(const QString &kind, const QString &name)
+{
+    return kind + QStringLiteral(" с именем ") + name
+           + QStringLiteral(" уже существует.\nНеобходимо создавать с другим именем.");
+}
+
+QStringList itemTexts(const QListWidget *list)
+{
+    QStringList texts;
+    for (int row = 0; row < list->count(); ++row)
+        texts << list->item(row)->text();
+    return texts;
+}
+
+// Everything a directory holds, hidden entries included.
+QStringList entriesOf(const QString &path)
+{
+    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                                QDir::Name);
+}
+
+bool writeFile(const QString &path, const QByteArray &data = QByteArray())
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    return file.write(data) == data.size();
+}
+
+QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
+{
+    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+QPoint itemCenter(QListWidget *list, QListWidgetItem *item)
+{
+    list->scrollToItem(item);
+    return list->visualItemRect(item).center();
+}
+
+void clickItem(QListWidget *list, QListWidgetItem *item)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, itemCenter(list, item));
+}
+
+// A real double click: press, release, the double-click event, release.
+void doubleClickItem(QListWidget *list, QListWidgetItem *item)
+{
+    const QPoint pos = itemCenter(list, item);
+    QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+}
+
+void clickTab(QTabWidget *tabs, int index)
+{
+    QTabBar *bar = tabs->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
+}
+
+// The in-place editor a list has open: the visible line edit in its
+// viewport (a closed one lingers hidden until it is deleted).
+QLineEdit *openEditor(const QListWidget *list)
+{
+    const QList<QLineEdit *> editors = list->viewport()->findChildren<QLineEdit *>();
+    for (QLineEdit *editor : editors) {
+        if (editor->isVisible())
+            return editor;
+    }
+    return nullptr;
+}
+
+// Types text as keystrokes, one character (code point) per key.
+void typeText(QLineEdit *editor, const QString &text)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        QString character(text.at(i));
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size())
+            character += text.at(++i);
+        if (character.size() == 1 && character.at(0).unicode() > 0x20 && character.at(0).unicode() < 0x7f)
+            QTest::keyClick(editor, character.at(0).toLatin1());
+        else
+            QTest::sendKeyEvent(QTest::Click, editor, Qt::Key_unknown, character, Qt::NoModifier);
+    }
+}
+
+// Selects the editor's text, erases it and types the name.
+void replaceText(QLineEdit *editor, const QString &name)
+{
+    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(editor, Qt::Key_Backspace);
+    typeText(editor, name);
+}
+
+// Return commits the name; the item delegate commits and closes the editor
+// from the event loop.
+#define COMMIT_NAME(list, editor) \
+    do { \
+        QTest::keyClick(editor, Qt::Key_Return); \
+        QTRY_VERIFY(!openEditor(list)); \
+    } while (false)
+
+// Moves the mouse over an item. The pointer first goes to the empty corner
+// of the list, so that it really moves even when the last item hovered was
+// at the same place on another page.
+void hoverItem(QListWidget *list, QListWidgetItem *item)
+{
+    const QPoint center = itemCenter(list, item);
+    QTest::mouseMove(list->viewport(), QPoint(list->viewport()->width() - 2, list->viewport()->height() - 2));
+    QTest::mouseMove(list->viewport(), center);
+}
+
+// Lets notifications that are already queued (the directory watcher's among
+// them) be delivered before the next step.
+void deliverPending()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+QString canonical(const QString &path)
+{
+    return QFileInfo(path).canonicalFilePath();
+}
+
+QString expectedToolTip(const QString &fileName)
+{
+    const QFileInfo file(fileName);
+    const QDateTime born = file.birthTime().isValid() ? file.birthTime() : file.metadataChangeTime();
+    return QStringList { file.absoluteFilePath(),
+                         QStringLiteral("Владелец:\t") + file.owner(),
+                         QStringLiteral("Изменен:\t") + file.lastModified().toString(Qt::TextDate),
+                         QStringLiteral("Прочитан:\t") + file.lastRead().toString(Qt::TextDate),
+                         QStringLiteral("Создан:\t") + born.toString(Qt::TextDate) }
+        .join(QLatin1Char('\n'));
+}
+
+// ---------------------------------------------------------------------------
+// Answers every message box that becomes the active modal widget, from a
+// timer, and remembers what it showed.
+
+struct ShownBox
+{
+    QString title;
+    QString text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QMessageBox::StandardButtons buttons;
+};
+
+class BoxAnswerer
+{
+public:
+    explicit BoxAnswerer(QMessageBox::StandardButton answer)
+        : answer(answer)
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] { poll(); });
+        timer.start(10);
+    }
+
+    QVector<ShownBox> shown;
+
+private:
+    void poll()
+    {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible() || box == answered)
+            return;
+        answered = box;
+        ShownBox seen;
+        seen.title = box->windowTitle();
+        seen.text = box->text();
+        seen.icon = box->icon();
+        seen.buttons = box->standardButtons();
+        shown << seen;
+        QAbstractButton *button = box->button(answer);
+        if (!button && !box->buttons().isEmpty())
+            button = box->buttons().first();
+        if (button)
+            QTest::mouseClick(button, Qt::LeftButton);
+        else
+            box->close();
+    }
+
+    QMessageBox::StandardButton answer;
+    QPointer<QMessageBox> answered;
+    QTimer timer;
+};
+
+} // namespace
+
+class TestProgramList : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    // Listing the directory
+    void listCutsAtLastExtension();
+    void listKeepsCurrentNameAfterRefill();
+    void watcherRefillsListsOnOutsideChanges();
+
+    // Buttons
+    void programButtonsFollowCurrentItem();
+    void addToProjectFollowsProjectBox();
+
+    // New programs and projects
+    void newProgramNamedInPlaceCreatesEmptyFile();
+    void escapeDropsUnnamedItemAndWritesNothing();
+    void secondNewPressEditsTheOnePlaceholder();
+    void newProjectCreatesFileAndShowsPrograms();
+    void takenNewNameWarnsAndKeepsNewItemMode();
+    void newProgramWithOddName_data();
+    void newProgramWithOddName();
+
+    // Renaming
+    void renameInPlaceRenamesOnlyProgramFile();
+    void unchangedNameChangesNothing();
+    void renameToTakenNameWarnsAndRestoresList();
+    void takenProjectNameWarnsBeforeComparingWithOldName();
+    void renamePreselectedProgramRenamesItsFile();
+    void renameToOddName_data();
+    void renameToOddName();
+
+    // Open programs
+    void selectingOpenProgramBringsItsTabToFront();
+    void activatingProgramShowsOrOpensItsTab();
+
+    // Deleting
+    void deletingCurrentProjectDisablesProjectBoxFirst();
+    void deletingProjectAnsweredNoKeepsFile();
+    void deletingProgramRemovesCheckedFiles();
+
+    // Tool tips
+    void hoverShowsFileDetails();
+
+    // Programs directory
+    void newProgramsDirFromHostRefillsLists();
+    void programsDirSettingRefillsLists();
+
+private:
+    bool openWindow();
+    QPushButton *button(const char *name) const;
+    void oddNameColumns();
+
+    QScopedPointer<QTemporaryDir> tempDir;
+    QString previousDir;
+    TextEdit *plugin = nullptr;
+    EditWindow *window = nullptr;
+    QListWidget *programs = nullptr;
+    QListWidget *projects = nullptr;
+    QListWidget *projectPrograms = nullptr;
+    QTabWidget *selector = nullptr;
+    QTabWidget *tabs = nullptr;
+    QGroupBox *projectBox = nullptr;
+};
+
+void TestProgramList::init()
+{
+    qRegisterMetaType<QListWidgetItem *>();
+    previousDir = QDir::currentPath();
+    tempDir.reset(new QTemporaryDir);
+    QVERIFY(tempDir->isValid());
+    // The window lists the current directory when it is made and watches it.
+    QVERIFY(QDir::setCurrent(tempDir->path()));
+}
+
+void TestProgramList::cleanup()
+{
+    QToolTip::hideText();
+    // The window has no parent and the plug-in object does not delete it.
+    delete window;
+    window = nullptr;
+    delete plugin;
+    plugin = nullptr;
+    programs = projects = projectPrograms = nullptr;
+    selector = tabs = nullptr;
+    projectBox = nullptr;
+    QDir::setCurrent(previousDir);
+    tempDir.reset();
+}
+
+// Makes the window in the current directory, shows and activates it.
+bool TestProgramList::openWindow()
+{
+    plugin = new TextEdit;
+    window = plugin->window();
+    if (!window)
+        return false;
+    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
+    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
+    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
+    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
+    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
+    projectBox = window->findChild<QGroupBox *>(QStringLiteral("currProjBox"));
+    if (!programs || !projects || !projectPrograms || !selector || !tabs || !projectBox)
+        return false;
+    for (const char *name : { "newProgButton", "editButton", "renameButton", "addprjButton", "delProgButton",
+                              "newprjButton", "delprjButton" }) {
+        if (!button(name))
+            return false;
+    }
+    window->show();
+    if (!QTest::qWaitForWindowExposed(window))
+        return false;
+    window->activateWindow();
+    if (!QTest::qWaitForWindowActive(window))
+        return false;
+    // The window opens on the projects page; the user turns to the programs.
+    clickTab(selector, 0);
+    return selector->currentIndex() == 0 && programs->isVisible();
+}
+
+QPushButton *TestProgramList::button(const char *name) const
+{
+    return window->findChild<QPushButton *>(QLatin1String(name));
+}
+
+// ---------------------------------------------------------------------------
+// Listing the directory
+
+void TestProgramList::listCutsAtLastExtension()
+{
+    for (const char *name : { "a.zu", "b.zu.zu", "A.ZU", "C.zu", "x.zup", ".h.zu", ".k.zup", "notes.txt" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(QDir().mkdir(QStringLiteral("d.zu")));
+    QVERIFY(QDir().mkdir(QStringLiteral("e.zup")));
+    QVERIFY(QFile::link(QStringLiteral("a.zu"), QStringLiteral("l.zu")));
+    QVERIFY(QFile::link(QStringLiteral("x.zup"), QStringLiteral("m.zup")));
+    QVERIFY(openWindow());
+
+    // Sorted by file name with upper case first; "A.ZU" passes the filter
+    // but keeps its name; b.zu.zu loses only its last ".zu".
+    QCOMPARE(itemTexts(programs), (QStringList { "A.ZU", "C", "a", "b.zu" }));
+    QCOMPARE(itemTexts(projects), QStringList { "x" });
+    QCOMPARE(programs->currentRow(), 0);
+    QCOMPARE(projects->currentRow(), 0);
+    const Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled;
+    for (QListWidget *list : { programs, projects }) {
+        for (int row = 0; row < list->count(); ++row)
+            QCOMPARE(list->item(row)->flags(), flags);
+    }
+}
+
+void TestProgramList::listKeepsCurrentNameAfterRefill()
+{
+    for (const char *name : { "a.zu", "b.zu", "c.zu" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QCOMPARE(programs->currentRow(), 1);
+
+    // A file sorted before it moves it down a row; it stays current.
+    QVERIFY(writeFile(QStringLiteral("aa.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "aa", "b", "c" }), watcherTimeout);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("b"));
+    QCOMPARE(programs->currentRow(), 2);
+
+    // Once its file is gone, the first row is current.
+    QVERIFY(QFile::remove(QStringLiteral("b.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "aa", "c" }), watcherTimeout);
+    QCOMPARE(programs->currentRow(), 0);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("a"));
+}
+
+void TestProgramList::watcherRefillsListsOnOutsideChanges()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    QCOMPARE(itemTexts(projects), QStringList());
+
+    QVERIFY(writeFile(QStringLiteral("z.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "z" }), watcherTimeout);
+    QVERIFY(writeFile(QStringLiteral("z.zup")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "z" }, watcherTimeout);
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "z" }));
+
+    QVERIFY(QFile::remove(QStringLiteral("z.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), QStringList { "a" }, watcherTimeout);
+    QVERIFY(QFile::remove(QStringLiteral("z.zup")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList(), watcherTimeout);
+}
+
+// ---------------------------------------------------------------------------
+// Buttons
+
+void TestProgramList::programButtonsFollowCurrentItem()
+{
+    QVERIFY(openWindow());
+    QPushButton *newProg = button("newProgButton");
+    QPushButton *edit = button("editButton");
+    QPushButton *rename = button("renameButton");
+    QPushButton *addToProject = button("addprjButton");
+    QPushButton *del = button("delProgButton");
+    auto states = [&] {
+        return QVector<bool> { newProg->isEnabled(), edit->isEnabled(), rename->isEnabled(),
+                               addToProject->isEnabled(), del->isEnabled() };
+    };
+    using States = QVector<bool>;
+
+    // A program that is current and not open may be edited, renamed and
+    // deleted; without a current project it cannot be added to one.
+    QVERIFY(writeFile(QStringLiteral("z.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), QStringList { "z" }, watcherTimeout);
+    QCOMPARE(programs->currentRow(), 0);
+    QCOMPARE(states(), (States { true, true, true, false, true }));
+
+    // No current item: only a new program can be made.
+    QVERIFY(QFile::remove(QStringLiteral("z.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(programs->count(), 0, watcherTimeout);
+    QCOMPARE(programs->currentRow(), -1);
+    QCOMPARE(states(), (States { true, false, false, false, false }));
+
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "b" }), watcherTimeout);
+    deliverPending();
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("b"));
+    QCOMPARE(states(), (States { true, true, true, false, true }));
+
+    // Open in a tab: no editing again, no renaming, no deleting.
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QCOMPARE(tabs->count(), 1);
+    QCOMPARE(tabs->tabText(0), QStringLiteral("b"));
+    QCOMPARE(states(), (States { true, false, false, false, false }));
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QCOMPARE(states(), (States { true, true, true, false, true }));
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QCOMPARE(states(), (States { true, false, false, false, false }));
+
+    // The unnamed new item.
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(newProg, Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(programs->currentItem()->text(), placeholderText);
+    QCOMPARE(states(), (States { true, false, false, false, false }));
+    QTest::keyClick(editor, Qt::Key_Escape);
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+}
+
+void TestProgramList::addToProjectFollowsProjectBox()
+{
+    for (const char *name : { "a.zu", "b.zu", "c.zu" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    QPushButton *addToProject = button("addprjButton");
+
+    // No project: the box is off and nothing can be added.
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QVERIFY(!projectBox->isEnabled());
+    QVERIFY(!addToProject->isEnabled());
+    QVERIFY(button("editButton")->isEnabled());
+
+    // A project holding "a" appears and becomes the current project.
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\n"));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "p" }, watcherTimeout);
+    deliverPending();
+    QVERIFY(projectBox->isEnabled());
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("c")));
+    QVERIFY(addToProject->isEnabled());
+    // A program already in the project cannot be added again.
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QVERIFY(!addToProject->isEnabled());
+    QVERIFY(button("editButton")->isEnabled());
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QVERIFY(addToProject->isEnabled());
+
+    // The project goes: so does the box, and the button stays off.
+    QVERIFY(QFile::remove(QStringLiteral("p.zup")));
+    QTRY_COMPARE_WITH_TIMEOUT(projects->count(), 0, watcherTimeout);
+    deliverPending();
+    QVERIFY(!projectBox->isEnabled());
+    clickItem(programs, itemNamed(programs, QStringLiteral("c")));
+    QVERIFY(!addToProject->isEnabled());
+    QVERIFY(button("editButton")->isEnabled());
+}
+
+// ---------------------------------------------------------------------------
+// New programs and projects
+
+void TestProgramList::newProgramNamedInPlaceCreatesEmptyFile()
+{
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QVERIFY(openWindow());
+    const QStringList before = entriesOf(QStringLiteral("."));
+
+    QTest::mouseClick(button("newProgButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    // The editor is the list's own, has the focus and shows the placeholder.
+    QCOMPARE(QApplication::focusWidget(), static_cast<QWidget *>(editor));
+    QCOMPARE(editor->text(), placeholderText);
+    QCOMPARE(itemTexts(programs), (QStringList { "b", placeholderText }));
+    QCOMPARE(programs->currentItem()->text(), placeholderText);
+
+    replaceText(editor, QStringLiteral("alpha"));
+    QCOMPARE(editor->text(), QStringLiteral("alpha"));
+    COMMIT_NAME(programs, editor);
+
+    QVERIFY(QFileInfo::exists(QStringLiteral("alpha.zu")));
+    QCOMPARE(QFileInfo(QStringLiteral("alpha.zu")).size(), 0);
+    QStringList after = QStringList(before) << "alpha.zu";
+    after.sort();
+    QCOMPARE(entriesOf(QStringLiteral(".")), after);
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "alpha", "b" }), watcherTimeout);
+    QVERIFY(!openEditor(programs));
+}
+
+void TestProgramList::escapeDropsUnnamedItemAndWritesNothing()
+{
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QVERIFY(openWindow());
+    const QStringList before = entriesOf(QStringLiteral("."));
+
+    QTest::mouseClick(button("newProgButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(programs->count(), 2);
+    typeText(editor, QStringLiteral("omega"));
+    QTest::keyClick(editor, Qt::Key_Escape);
+
+    QCOMPARE(itemTexts(programs), QStringList { "b" });
+    QVERIFY(!openEditor(programs));
+    deliverPending();
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+    QCOMPARE(itemTexts(programs), QStringList { "b" });
+}
+
+void TestProgramList::secondNewPressEditsTheOnePlaceholder()
+{
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QVERIFY(openWindow());
+    QPushButton *newProg = button("newProgButton");
+
+    QTest::mouseClick(newProg, Qt::LeftButton);
+    QTRY_VERIFY(openEditor(programs) != nullptr);
+    QTest::mouseClick(newProg, Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+
+    QCOMPARE(itemTexts(programs), (QStringList { "b", placeholderText }));
+    QCOMPARE(programs->currentItem()->text(), placeholderText);
+    QCOMPARE(editor->text(), placeholderText);
+    int visibleEditors = 0;
+    for (const QLineEdit *open : programs->viewport()->findChildren<QLineEdit *>())
+        visibleEditors += open->isVisible() ? 1 : 0;
+    QCOMPARE(visibleEditors, 1);
+
+    // Asked again for the placeholder, the list hands back the same item.
+    QListWidgetItem *placeholder = itemNamed(programs, placeholderText);
+    QCOMPARE(window->newItemInList(programs, placeholderText), placeholder);
+    QCOMPARE(programs->count(), 2);
+
+    // The one placeholder takes the name.
+    replaceText(editor, QStringLiteral("gamma"));
+    COMMIT_NAME(programs, editor);
+    QVERIFY(QFileInfo::exists(QStringLiteral("gamma.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "b", "gamma" }), watcherTimeout);
+}
+
+void TestProgramList::newProjectCreatesFileAndShowsPrograms()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(openWindow());
+    QVERIFY(!projectBox->isEnabled());
+
+    clickTab(selector, 1);
+    QCOMPARE(selector->currentIndex(), 1);
+    QTest::mouseClick(button("newprjButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(projects)) != nullptr);
+    QCOMPARE(itemTexts(projects), QStringList { placeholderText });
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+
+    replaceText(editor, QStringLiteral("x"));
+    COMMIT_NAME(projects, editor);
+
+    QVERIFY(QFileInfo::exists(QStringLiteral("x.zup")));
+    QCOMPARE(QFileInfo(QStringLiteral("x.zup")).size(), 0);
+    QVERIFY(!QFileInfo::exists(QStringLiteral("x.zu")));
+    QCOMPARE(selector->currentIndex(), 0);
+    QVERIFY(projectBox->isEnabled());
+    QCOMPARE(projectBox->title(), QStringLiteral("x"));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "x" }, watcherTimeout);
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    deliverPending();
+    QVERIFY(projectBox->isEnabled());
+    QCOMPARE(projectBox->title(), QStringLiteral("x"));
+}
+
+// A new name that is taken is refused; the list still takes the next commit
+// for a new name, so a rename after it makes a new empty file.
+void TestProgramList::takenNewNameWarnsAndKeepsNewItemMode()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu"), "text of a"));
+    QVERIFY(writeFile(QStringLiteral("b.zu"), "text of b"));
+    QVERIFY(openWindow());
+
+    BoxAnswerer answerer(QMessageBox::Ok);
+    QTest::mouseClick(button("newProgButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    replaceText(editor, QStringLiteral("b"));
+    COMMIT_NAME(programs, editor);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).title, attentionTitle);
+    QCOMPARE(answerer.shown.at(0).text, takenText(QStringLiteral("Программа"), QStringLiteral("b")));
+    QCOMPARE(answerer.shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "b.zu" }));
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("a"));
+    replaceText(editor, QStringLiteral("c"));
+    COMMIT_NAME(programs, editor);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "b.zu", "c.zu" }));
+    QCOMPARE(QFileInfo(QStringLiteral("c.zu")).size(), 0);
+    QCOMPARE(QFileInfo(QStringLiteral("a.zu")).size(), qint64(9));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "b", "c" }), watcherTimeout);
+}
+
+// ---------------------------------------------------------------------------
+// Names that are not plain file names, as new program names and as renames.
+// None may create anything outside the programs directory.
+
+namespace {
+
+const char rootToken[] = "<root>";
+
+QString longName()
+{
+    return QString(300, QLatin1Char('n'));
+}
+
+} // namespace
+
+void TestProgramList::oddNameColumns()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("createdFile");   // in the programs directory, empty for none
+    QTest::addColumn<bool>("refused");          // the name would leave the directory
+    QTest::addColumn<bool>("listChecked");
+    QTest::addColumn<QStringList>("expectedList");
+}
+
+void TestProgramList::newProgramWithOddName_data()
+{
+    oddNameColumns();
+    const QStringList keep { "keep" };
+    QTest::newRow("empty") << QString() << ".zu" << false << true << keep;
+    QTest::newRow("dot") << "." << "..zu" << false << true << keep;
+    QTest::newRow("dot-dot") << ".." << "...zu" << false << true << keep;
+    QTest::newRow("three-dots") << "..." << "....zu" << false << true << keep;
+    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << true << keep;
+    QTest::newRow("into-parent") << "../escape" << QString() << true << true << keep;
+    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true << true
+                                      << keep;
+    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << true << keep;
+    QTest::newRow("300-characters") << longName() << QString() << false << false << QStringList();
+    QTest::newRow("chinese") << "程序" << "程序.zu" << false << true << QStringList { "keep", "程序" };
+    QTest::newRow("emoji") << "😀" << "😀.zu" << false << true << QStringList { "keep", "😀" };
+}
+
+void TestProgramList::newProgramWithOddName()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, createdFile);
+    QFETCH(bool, refused);
+    QFETCH(bool, listChecked);
+    QFETCH(QStringList, expectedList);
+
+    // <temp>/progs is the programs directory; it has a subdirectory "a", so
+    // that "a/b" would succeed if it were taken as a path.
+    const QString root = tempDir->path();
+    name.replace(QLatin1String(rootToken), root);
+    const QString progs = root + QStringLiteral("/progs");
+    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
+    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/sub")));
+    QVERIFY(QDir::setCurrent(progs));
+    QVERIFY(writeFile(QStringLiteral("keep.zu")));
+    const bool tmpFileExisted = QFileInfo::exists(QStringLiteral("/tmp/x.zu"));
+    const QStringList rootBefore = entriesOf(root);
+    const QStringList progsBefore = entriesOf(progs);
+    QVERIFY(openWindow());
+
+    BoxAnswerer answerer(QMessageBox::Ok);
+    QTest::mouseClick(button("newProgButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    replaceText(editor, name);
+    QCOMPARE(editor->text(), name);
+    COMMIT_NAME(programs, editor);
+
+    if (refused) {
+        // Nothing written: the list at once shows what is on disk.
+        QCOMPARE(itemTexts(programs), expectedList);
+    }
+    if (listChecked)
+        QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
+    QVERIFY(!itemNamed(programs, placeholderText));
+    QVERIFY(!openEditor(programs));
+    deliverPending();
+
+    QStringList progsAfter = progsBefore;
+    if (!createdFile.isEmpty()) {
+        progsAfter << createdFile;
+        progsAfter.sort();
+        QCOMPARE(QFileInfo(createdFile).size(), 0);
+    }
+    QCOMPARE(entriesOf(progs), progsAfter);
+    QCOMPARE(entriesOf(root), rootBefore);
+    QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
+    QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
+    QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
+    QVERIFY(answerer.shown.isEmpty());
+    if (listChecked)
+        QCOMPARE(itemTexts(programs), expectedList);
+}
+
+// ---------------------------------------------------------------------------
+// Renaming
+
+void TestProgramList::renameInPlaceRenamesOnlyProgramFile()
+{
+    for (const char *name : { "a.zu", "a.st", "a.vn", "b.zu" })
+        QVERIFY(writeFile(QLatin1String(name), name));
+    QVERIFY(openWindow());
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("a"));
+    replaceText(editor, QStringLiteral("c"));
+    COMMIT_NAME(programs, editor);
+
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.st", "a.vn", "b.zu", "c.zu" }));
+    QFile renamed(QStringLiteral("c.zu"));
+    QVERIFY(renamed.open(QIODevice::ReadOnly));
+    QCOMPARE(renamed.readAll(), QByteArray("a.zu"));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "b", "c" }), watcherTimeout);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("c"));
+}
+
+void TestProgramList::unchangedNameChangesNothing()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QVERIFY(openWindow());
+    const QStringList before = entriesOf(QStringLiteral("."));
+    QSignalSpy changed(programs, &QListWidget::itemChanged);
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("a"));
+    COMMIT_NAME(programs, editor);
+
+    QVERIFY(!openEditor(programs));
+    QCOMPARE(changed.count(), 0);
+    QVERIFY(answerer.shown.isEmpty());
+    deliverPending();
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("a"));
+}
+
+void TestProgramList::renameToTakenNameWarnsAndRestoresList()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu"), "text of a"));
+    QVERIFY(writeFile(QStringLiteral("a.st")));
+    QVERIFY(writeFile(QStringLiteral("b.zu"), "text of b"));
+    QVERIFY(openWindow());
+    const QStringList before = entriesOf(QStringLiteral("."));
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    replaceText(editor, QStringLiteral("b"));
+    COMMIT_NAME(programs, editor);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).title, attentionTitle);
+    QCOMPARE(answerer.shown.at(0).text, takenText(QStringLiteral("Программа"), QStringLiteral("b")));
+    QCOMPARE(answerer.shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    // The list is read again: the edited text is gone.
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+    deliverPending();
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+    QFile b(QStringLiteral("b.zu"));
+    QVERIFY(b.open(QIODevice::ReadOnly));
+    QCOMPARE(b.readAll(), QByteArray("text of b"));
+}
+
+// The old name of a rename is the text of the item made current last in any
+// list. Renaming the project that stayed current while a program was chosen
+// meets a name that equals that old name: the name test comes first, so a
+// taken name is refused all the same.
+void TestProgramList::takenProjectNameWarnsBeforeComparingWithOldName()
+{
+    for (const char *name : { "a.zu", "b.zu", "a.zup", "q.zup" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    const QStringList before = entriesOf(QStringLiteral("."));
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    clickTab(selector, 1);
+    QListWidgetItem *q = itemNamed(projects, QStringLiteral("q"));
+    QVERIFY(q);
+    clickItem(projects, q);
+    QCOMPARE(projects->currentItem(), q);
+    clickTab(selector, 0);
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    clickTab(selector, 1);
+    QCOMPARE(projects->currentItem(), q);
+
+    QPushButton *renameProject = window->findChild<QPushButton *>(QStringLiteral("renamePrjButton"));
+    QVERIFY(renameProject);
+    QVERIFY(renameProject->isEnabled());
+    QTest::mouseClick(renameProject, Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(projects)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("q"));
+    replaceText(editor, QStringLiteral("a"));
+    COMMIT_NAME(projects, editor);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).title, attentionTitle);
+    QCOMPARE(answerer.shown.at(0).text, takenText(QStringLiteral("Проект"), QStringLiteral("a")));
+    QCOMPARE(answerer.shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(itemTexts(projects), (QStringList { "a", "q" }));
+    deliverPending();
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+}
+
+// The program that is current when the window opens is the one the rename
+// button renames, although the project list chose its own current item
+// after it; a program named like that project is left alone.
+void TestProgramList::renamePreselectedProgramRenamesItsFile()
+{
+    for (const char *name : { "a.zu", "b.zu", "q.zu", "q.zup" })
+        QVERIFY(writeFile(QLatin1String(name), name));
+    QVERIFY(openWindow());
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("a"));
+    QCOMPARE(projects->currentItem()->text(), QStringLiteral("q"));
+
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("a"));
+    replaceText(editor, QStringLiteral("c"));
+    COMMIT_NAME(programs, editor);
+
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "b.zu", "c.zu", "q.zu", "q.zup" }));
+    QFile renamed(QStringLiteral("c.zu"));
+    QVERIFY(renamed.open(QIODevice::ReadOnly));
+    QCOMPARE(renamed.readAll(), QByteArray("a.zu"));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "b", "c", "q" }), watcherTimeout);
+}
+
+void TestProgramList::renameToOddName_data()
+{
+    oddNameColumns();
+    QTest::newRow("empty") << QString() << ".zu" << false << true << QStringList();
+    QTest::newRow("dot") << "." << "..zu" << false << true << QStringList();
+    QTest::newRow("dot-dot") << ".." << "...zu" << false << true << QStringList();
+    QTest::newRow("three-dots") << "..." << "....zu" << false << true << QStringList();
+    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << true << QStringList { "r" };
+    QTest::newRow("into-parent") << "../escape" << QString() << true << true << QStringList { "r" };
+    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true << true
+                                      << QStringList { "r" };
+    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << true << QStringList { "r" };
+    QTest::newRow("300-characters") << longName() << QString() << false << false << QStringList();
+    QTest::newRow("chinese") << "程序" << "程序.zu" << false << true << QStringList { "程序" };
+    QTest::newRow("emoji") << "😀" << "😀.zu" << false << true << QStringList { "😀" };
+}
+
+void TestProgramList::renameToOddName()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, createdFile);
+    QFETCH(bool, refused);
+    QFETCH(bool, listChecked);
+    QFETCH(QStringList, expectedList);
+
+    const QString root = tempDir->path();
+    name.replace(QLatin1String(rootToken), root);
+    const QString progs = root + QStringLiteral("/progs");
+    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
+    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/sub")));
+    QVERIFY(QDir::setCurrent(progs));
+    QVERIFY(writeFile(QStringLiteral("r.zu"), "source"));
+    const bool tmpFileExisted = QFileInfo::exists(QStringLiteral("/tmp/x.zu"));
+    const QStringList rootBefore = entriesOf(root);
+    const QStringList progsBefore = entriesOf(progs);
+    QVERIFY(openWindow());
+
+    BoxAnswerer answerer(QMessageBox::Ok);
+    clickItem(programs, itemNamed(programs, QStringLiteral("r")));
+    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
+    QCOMPARE(editor->text(), QStringLiteral("r"));
+    replaceText(editor, name);
+    QCOMPARE(editor->text(), name);
+    COMMIT_NAME(programs, editor);
+
+    if (refused) {
+        // The item gets its old text back at once; nothing was renamed.
+        QCOMPARE(itemTexts(programs), expectedList);
+    }
+    if (listChecked)
+        QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
+    QVERIFY(!openEditor(programs));
+    deliverPending();
+
+    QStringList progsAfter = progsBefore;
+    if (!createdFile.isEmpty()) {
+        progsAfter.removeOne(QStringLiteral("r.zu"));
+        progsAfter << createdFile;
+        progsAfter.sort();
+        QFile moved(createdFile);
+        QVERIFY(moved.open(QIODevice::ReadOnly));
+        QCOMPARE(moved.readAll(), QByteArray("source"));
+    }
+    QCOMPARE(entriesOf(progs), progsAfter);
+    QCOMPARE(entriesOf(root), rootBefore);
+    QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
+    QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
+    QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
+    QVERIFY(answerer.shown.isEmpty());
+    if (listChecked)
+        QCOMPARE(itemTexts(programs), expectedList);
+}
+
+// ---------------------------------------------------------------------------
+// Open programs
+
+void TestProgramList::selectingOpenProgramBringsItsTabToFront()
+{
+    for (const char *name : { "a.zu", "b.zu", "c.zu" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    QPushButton *edit = button("editButton");
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(edit, Qt::LeftButton);
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QCOMPARE(tabs->count(), 2);
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("b"));
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("a"));
+    QCOMPARE(tabs->count(), 2);
+    QVERIFY(!edit->isEnabled());
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("c")));
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("a"));
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("b"));
+    QCOMPARE(tabs->count(), 2);
+}
+
+void TestProgramList::activatingProgramShowsOrOpensItsTab()
+{
+    for (const char *name : { "a.zu", "b.zu", "c.zu" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    QPushButton *edit = button("editButton");
+    QSignalSpy activated(programs, &QListWidget::itemActivated);
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(edit, Qt::LeftButton);
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QTest::mouseClick(edit, Qt::LeftButton);
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QCOMPARE(tabs->count(), 2);
+
+    // The user brings the other tab to the front, then double-clicks the
+    // program that is already current in the list.
+    clickTab(tabs, 1);
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("b"));
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("a"));
+    doubleClickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QCOMPARE(activated.count(), 1);
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("a"));
+    QCOMPARE(tabs->count(), 2);
+
+    // A program that is not open opens in a new tab, once.
+    doubleClickItem(programs, itemNamed(programs, QStringLiteral("c")));
+    QCOMPARE(activated.count(), 2);
+    QCOMPARE(tabs->count(), 3);
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("c"));
+    doubleClickItem(programs, itemNamed(programs, QStringLiteral("c")));
+    QCOMPARE(activated.count(), 3);
+    QCOMPARE(tabs->count(), 3);
+    QCOMPARE(window->getOpenedList(), (QStringList { "a", "b", "c" }));
+}
+
+// ---------------------------------------------------------------------------
+// Deleting
+
+namespace {
+
+const QString deleteProjectQuestion = QStringLiteral(
+    "При удалении проекта не удаляются программы входящие в него.\n"
+    "Программы следует удалять по-отдельности.Восстановление удаленного проекта "
+    "возможно средствами операционной системы\n\nУдалить проект p ?");
+
+} // namespace
+
+void TestProgramList::deletingCurrentProjectDisablesProjectBoxFirst()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\n"));
+    QVERIFY(openWindow());
+    QPushButton *deleteProject = button("delprjButton");
+
+    clickTab(selector, 1);
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QVERIFY(projectBox->isEnabled());
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
+    QVERIFY(deleteProject->isEnabled());
+
+    // When the project's programs are dropped, the file must still be there.
+    QVector<bool> fileWhenDropped;
+    QObject connectionScope;
+    connect(projectPrograms->model(), &QAbstractItemModel::modelAboutToBeReset, &connectionScope,
+            [&fileWhenDropped] { fileWhenDropped << QFileInfo::exists(QStringLiteral("p.zup")); });
+
+    BoxAnswerer answerer(QMessageBox::Yes);
+    QTest::mouseClick(deleteProject, Qt::LeftButton);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).title, attentionTitle);
+    QCOMPARE(answerer.shown.at(0).text, deleteProjectQuestion);
+    QCOMPARE(answerer.shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Yes | QMessageBox::No));
+    QCOMPARE(projectBox->title(), QString());
+    QVERIFY(!projectBox->isEnabled());
+    QCOMPARE(projectPrograms->count(), 0);
+    QVERIFY(!QFileInfo::exists(QStringLiteral("p.zup")));
+    QVERIFY(QFileInfo::exists(QStringLiteral("a.zu")));
+    QVERIFY(!fileWhenDropped.isEmpty());
+    QCOMPARE(fileWhenDropped.first(), true);
+    QTRY_COMPARE_WITH_TIMEOUT(projects->count(), 0, watcherTimeout);
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+}
+
+void TestProgramList::deletingProjectAnsweredNoKeepsFile()
+{
+    QVERIFY(writeFile(QStringLiteral("p.zup")));
+    QVERIFY(openWindow());
+    QPushButton *deleteProject = button("delprjButton");
+
+    clickTab(selector, 1);
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QVERIFY(projectBox->isEnabled());
+    QVERIFY(deleteProject->isEnabled());
+
+    BoxAnswerer answerer(QMessageBox::No);
+    QTest::mouseClick(deleteProject, Qt::LeftButton);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).text, deleteProjectQuestion);
+    QVERIFY(QFileInfo::exists(QStringLiteral("p.zup")));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QVERIFY(projectBox->isEnabled());
+    deliverPending();
+    QCOMPARE(itemTexts(projects), QStringList { "p" });
+}
+
+void TestProgramList::deletingProgramRemovesCheckedFiles()
+{
+    for (const char *name : { "a.zu", "a.st", "b.zu" })
+        QVERIFY(writeFile(QLatin1String(name)));
+    QVERIFY(openWindow());
+    // The host announces the programs directory before the user works.
+    window->newSettingsProgramsDir(QString(), tempDir->path());
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTest::mouseClick(button("delProgButton"), Qt::LeftButton);
+    QPointer<QDialog> dialog;
+    QTRY_VERIFY((dialog = window->findChild<QDialog *>(QStringLiteral("ProgDelete"))) != nullptr);
+    QVERIFY(dialog->isVisible());
+    QVERIFY(dialog->isModal());
+    auto *nameLabel = dialog->findChild<QLabel *>(QStringLiteral("nameLabel"));
+    auto *sourceBox = dialog->findChild<QCheckBox *>(QStringLiteral("sourceBox"));
+    auto *stringsBox = dialog->findChild<QCheckBox *>(QStringLiteral("stringsBox"));
+    auto *varnamesBox = dialog->findChild<QCheckBox *>(QStringLiteral("varnamesBox"));
+    auto *buttonBox = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
+    QVERIFY(nameLabel && sourceBox && stringsBox && varnamesBox && buttonBox);
+    QCOMPARE(nameLabel->text(), QStringLiteral("a"));
+    QVERIFY(sourceBox->isEnabled());
+    QVERIFY(stringsBox->isEnabled());
+    QVERIFY(!varnamesBox->isEnabled());
+
+    QStyleOptionButton option;
+    option.initFrom(sourceBox);
+    const QRect indicator = sourceBox->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, sourceBox);
+    QTest::mouseClick(sourceBox, Qt::LeftButton, Qt::NoModifier, indicator.center());
+    QVERIFY(sourceBox->isChecked());
+    QVERIFY(!stringsBox->isChecked());
+    QTest::mouseClick(buttonBox->button(QDialogButtonBox::Ok), Qt::LeftButton);
+
+    QVERIFY(!QFileInfo::exists(QStringLiteral("a.zu")));
+    QVERIFY(QFileInfo::exists(QStringLiteral("a.st")));
+    QVERIFY(QFileInfo::exists(QStringLiteral("b.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), QStringList { "b" }, watcherTimeout);
+    QTRY_VERIFY(dialog.isNull());
+}
+
+// ---------------------------------------------------------------------------
+// Tool tips
+
+void TestProgramList::hoverShowsFileDetails()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu"), "program a"));
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "p.zu\n"));
+    QVERIFY(openWindow());
+    QTRY_VERIFY(!QToolTip::isVisible());
+
+    // The project's program list looks for a program file: "p" has only a
+    // project file, so nothing is shown for it.
+    clickTab(selector, 1);
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "p" });
+    QVERIFY(projectPrograms->isEnabled());
+    QSignalSpy enteredMember(projectPrograms, &QListWidget::itemEntered);
+    hoverItem(projectPrograms, projectPrograms->item(0));
+    QTRY_COMPARE(enteredMember.count(), 1);
+    QVERIFY(!QToolTip::isVisible());
+    QCOMPARE(QToolTip::text(), QString());
+
+    // A project: its .zup file.
+    QSignalSpy enteredProject(projects, &QListWidget::itemEntered);
+    hoverItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QTRY_COMPARE(enteredProject.count(), 1);
+    QTRY_COMPARE(QToolTip::text(), expectedToolTip(QStringLiteral("p.zup")));
+    QCOMPARE(QToolTip::text().section(QLatin1Char('\n'), 0, 0),
+             QDir(tempDir->path()).absoluteFilePath(QStringLiteral("p.zup")));
+
+    // A program.
+    clickTab(selector, 0);
+    QSignalSpy enteredProgram(programs, &QListWidget::itemEntered);
+    hoverItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QTRY_COMPARE(enteredProgram.count(), 1);
+    const QString expected = expectedToolTip(QStringLiteral("a.zu"));
+    QTRY_COMPARE(QToolTip::text(), expected);
+    const QStringList lines = QToolTip::text().split(QLatin1Char('\n'));
+    QCOMPARE(lines.size(), 5);
+    QCOMPARE(lines.at(0), QFileInfo(QStringLiteral("a.zu")).absoluteFilePath());
+    QVERIFY(lines.at(1).startsWith(QStringLiteral("Владелец:\t")));
+    QVERIFY(lines.at(2).startsWith(QStringLiteral("Изменен:\t")));
+    QVERIFY(lines.at(3).startsWith(QStringLiteral("Прочитан:\t")));
+    QVERIFY(lines.at(4).startsWith(QStringLiteral("Создан:\t")));
+    QVERIFY(!lines.at(4).endsWith(QStringLiteral("\t")));
+}
+
+// ---------------------------------------------------------------------------
+// Programs directory
+
+void TestProgramList::newProgramsDirFromHostRefillsLists()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(writeFile(QStringLiteral("a.zup")));
+    const QString other = tempDir->path() + QStringLiteral("/other");
+    QVERIFY(QDir().mkpath(other));
+    QVERIFY(writeFile(other + QStringLiteral("/o1.zu")));
+    QVERIFY(writeFile(other + QStringLiteral("/o2.zu")));
+    QVERIFY(writeFile(other + QStringLiteral("/op.zup")));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    QCOMPARE(itemTexts(projects), QStringList { "a" });
+
+    QSignalSpy changes(window, &EditWindow::changeVariant);
+    window->newSettingsProgramsDir(QStringLiteral("hostArg"), other);
+
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(changes.at(0).at(0).toString(), QStringLiteral("programsDir"));
+    QCOMPARE(changes.at(0).at(1).value<QVariant>(), QVariant(other));
+    QCOMPARE(changes.at(0).at(2).toBool(), false);
+    QCOMPARE(changes.at(0).at(3).toBool(), true);
+    QCOMPARE(canonical(QDir::currentPath()), canonical(other));
+    QCOMPARE(window->currentProgramsDir(), other);
+    QCOMPARE(itemTexts(programs), (QStringList { "o1", "o2" }));
+    QCOMPARE(itemTexts(projects), QStringList { "op" });
+    QCOMPARE(programs->currentRow(), 0);
+}
+
+void TestProgramList::programsDirSettingRefillsLists()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    const QString other = tempDir->path() + QStringLiteral("/other");
+    QVERIFY(QDir().mkpath(other));
+    QVERIFY(writeFile(other + QStringLiteral("/o1.zu")));
+    QVERIFY(writeFile(other + QStringLiteral("/op.zup")));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+
+    SettingElement element;
+    element.key = QStringLiteral("programsDir");
+    element.value = other;
+    element.type = QVariant::String;
+    QSignalSpy changes(window, &EditWindow::changeVariant);
+    plugin->exchangeSettings(SettingsList { element }, nullptr, nullptr);
+
+    for (const QList<QVariant> &change : qAsConst(changes))
+        QVERIFY(change.at(0).toString() != QLatin1String("programsDir"));
+    QCOMPARE(canonical(QDir::currentPath()), canonical(other));
+    QCOMPARE(window->currentProgramsDir(), other);
+    QCOMPARE(itemTexts(programs), QStringList { "o1" });
+    QCOMPARE(itemTexts(projects), QStringList { "op" });
+}
+
+ZU_REGISTER_TEST(TestProgramList)
+#include "tst_programlist.moc"
