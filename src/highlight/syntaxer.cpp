@@ -3,20 +3,38 @@
 #include "zusourcecode.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
-// QRegExp's idea of a word character, which decides where \b matches.
 bool isWordChar(QChar ch)
 {
-    return ch.isLetterOrNumber() || ch.isMark() || ch == QLatin1Char('_');
+    return PatternStart::isWordChar(ch);
 }
 
 bool isWordBoundary(const QString &text, int position)
 {
-    const bool before = position > 0 && isWordChar(text.at(position - 1));
-    const bool after = position < text.size() && isWordChar(text.at(position));
-    return before != after;
+    return PatternStart::isWordBoundary(text, position);
+}
+
+// The key of a text's first two characters from position, or of its only
+// one: a lone character pairs with U+FFFF, which no text holds.
+quint32 singleKey(QChar ch)
+{
+    return quint32(ch.unicode()) << 16 | 0xffff;
+}
+
+quint32 prefixKey(const QString &text, int position)
+{
+    if (position + 1 >= text.size())
+        return singleKey(text.at(position));
+    return quint32(text.at(position).unicode()) << 16 | text.at(position + 1).unicode();
+}
+
+// Most prefixes start no literal: a filter by hashed key spares the look-up.
+int pairFilterIndex(quint32 key)
+{
+    return int((key * 2654435761u) >> 16);
 }
 
 bool hasPatternChars(const QString &name)
@@ -56,6 +74,10 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
     , commentFormat(textFormat(Qt::gray, QFont::Normal))
 {
     setParent(editor);
+    firstChars.resize(0x10000);
+    fixedFirstChars.resize(0x10000);
+    singleCharLiterals.resize(0x10000);
+    literalPairs.resize(0x10000);
 
     // Operation names with one of these characters are coloured wherever
     // they occur, also inside other words.
@@ -78,7 +100,7 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
     // The last rule once more: harmless, and part of the rule list.
     if (rules.isEmpty()) {
         rules.append(HighRule { QRegExp(QString()), defaultFormat });
-        patternRules.append(0);
+        addPatternRule(0);
     } else {
         rules.append(rules.last());
         addMatcher(rules.size() - 1, lastName, lastWholeWord);
@@ -91,10 +113,11 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
     rules.append(HighRule { QRegExp(QStringLiteral("\\b[{()}]\\b")), bracketFormat });
     rules.append(HighRule { QRegExp(QStringLiteral("``[^\n]*")), commentFormat });
     for (int rule = firstFixedRule; rule < rules.size(); ++rule)
-        patternRules.append(rule);
+        addPatternRule(rule);
 
     backtick = QRegExp(QStringLiteral("`"));
     literalResume.resize(literals.size());
+    fixedResume.resize(fixedRules.size());
 }
 
 // Chooses how the name rule's matches are found. Only an empty name or one
@@ -102,13 +125,48 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
 void Syntaxer::addMatcher(int rule, const QString &name, bool wholeWord)
 {
     if (name.isEmpty() || hasPatternChars(name)) {
-        patternRules.append(rule);
+        addPatternRule(rule);
     } else if (wholeWord && isWholeWordName(name)) {
         wordRules[name].append(rule);
     } else {
         literals.append(LiteralRule { rule, name, wholeWord });
-        literalsByFirstChar[name.at(0).unicode()].append(literals.size() - 1);
+        literalsByPrefix[prefixKey(name, 0)].append(literals.size() - 1);
+        literalPairs.setBit(pairFilterIndex(prefixKey(name, 0)));
+        firstChars.setBit(name.at(0).unicode());
+        if (name.size() == 1)
+            singleCharLiterals.setBit(name.at(0).unicode());
     }
+}
+
+// A rule of one match length is tried where one of its first characters
+// stands; a rule that can start with too many characters, everywhere.
+void Syntaxer::addFixedRule(int rule, const FixedPattern &pattern)
+{
+    fixedRules.append(FixedRule { rule, pattern });
+    const QVector<QChar> starts = pattern.firstChars(256);
+    if (starts.isEmpty()) {
+        unindexedFixedRules.append(fixedRules.size() - 1);
+        return;
+    }
+    for (QChar ch : starts) {
+        fixedByFirstChar[ch.unicode()].append(fixedRules.size() - 1);
+        firstChars.setBit(ch.unicode());
+        fixedFirstChars.setBit(ch.unicode());
+    }
+}
+
+// A pattern that is not valid never matches, and one whose matches are all
+// empty colours nothing: neither needs looking for.
+void Syntaxer::addPatternRule(int rule)
+{
+    const QRegExp &pattern = rules.at(rule).pattern;
+    if (!pattern.isValid())
+        return;
+    const FixedPattern fixed(pattern.pattern());
+    if (!fixed.isValid())
+        patternRules.append(PatternRule { rule, PatternStart(pattern.pattern()) });
+    else if (fixed.length() > 0)
+        addFixedRule(rule, fixed);
 }
 
 // Between word boundaries a name of word characters matches exactly the
@@ -135,58 +193,108 @@ void Syntaxer::matchWords(const QString &text, QVector<Match> &matches) const
     }
 }
 
-// Each plain name is searched as its pattern would be: the leftmost
-// occurrence at or after where the previous one ended.
-void Syntaxer::matchLiterals(const QString &text, QVector<Match> &matches)
+// Each name of plain text, and each rule of one match length, is searched
+// as its pattern would be: the leftmost occurrence at or after where the
+// previous one ended. One pass over the line finds the candidates by their
+// first characters (plain names by their first two).
+void Syntaxer::matchFixedLength(const QString &text, QVector<Match> &matches)
 {
-    if (literals.isEmpty())
-        return;
     std::fill(literalResume.begin(), literalResume.end(), 0);
-    const QStringRef line(&text);
+    std::fill(fixedResume.begin(), fixedResume.end(), 0);
     for (int position = 0; position < text.size(); ++position) {
-        const auto candidates = literalsByFirstChar.constFind(text.at(position).unicode());
-        if (candidates == literalsByFirstChar.cend())
+        if (!unindexedFixedRules.isEmpty())
+            matchFixedRulesAt(text, position, unindexedFixedRules, matches);
+        const ushort ch = text.at(position).unicode();
+        if (!firstChars.testBit(ch))
             continue;
+        matchLiteralsAt(text, position, matches);
+        if (fixedFirstChars.testBit(ch))
+            matchFixedRulesAt(text, position, fixedByFirstChar.value(ch), matches);
+    }
+}
+
+void Syntaxer::matchLiteralsAt(const QString &text, int position, QVector<Match> &matches)
+{
+    const QChar *chars = text.constData();
+    auto matchKey = [&](quint32 key) {
+        const auto candidates = literalsByPrefix.constFind(key);
+        if (candidates == literalsByPrefix.cend())
+            return;
         for (int index : candidates.value()) {
             const LiteralRule &literal = literals.at(index);
-            const int end = position + literal.text.size();
-            if (position < literalResume.at(index) || !line.mid(position).startsWith(literal.text))
+            const int length = literal.text.size();
+            const int end = position + length;
+            if (position < literalResume.at(index) || end > text.size()
+                || std::memcmp(chars + position, literal.text.constData(), length * sizeof(QChar)) != 0)
                 continue;
             if (literal.wholeWord && !(isWordBoundary(text, position) && isWordBoundary(text, end)))
                 continue;
-            matches.append(Match { literal.rule, position, literal.text.size() });
+            matches.append(Match { literal.rule, position, length });
             literalResume[index] = end;
         }
+    };
+    const quint32 pair = prefixKey(text, position);
+    if (literalPairs.testBit(pairFilterIndex(pair)))
+        matchKey(pair);
+    const quint32 single = singleKey(chars[position]);
+    if (pair != single && singleCharLiterals.testBit(chars[position].unicode()))
+        matchKey(single);
+}
+
+void Syntaxer::matchFixedRulesAt(const QString &text, int position, const QVector<int> &candidates,
+                                 QVector<Match> &matches)
+{
+    for (int index : candidates) {
+        const FixedRule &fixed = fixedRules.at(index);
+        if (position < fixedResume.at(index) || !fixed.pattern.matchesAt(text, position))
+            continue;
+        matches.append(Match { fixed.rule, position, fixed.pattern.length() });
+        fixedResume[index] = position + fixed.pattern.length();
     }
 }
 
 void Syntaxer::matchPatterns(const QString &text, QVector<Match> &matches) const
 {
-    for (int rule : patternRules) {
-        const QRegExp &pattern = rules.at(rule).pattern;
-        int index = pattern.indexIn(text);
-        while (index >= 0) {
+    for (const PatternRule &patternRule : patternRules) {
+        const QRegExp &pattern = rules.at(patternRule.rule).pattern;
+        // A match starts at a character the pattern can begin with, so the
+        // search may start there; the pattern still sees the text before.
+        int from = patternRule.start.indexIn(text, 0);
+        while (from >= 0) {
+            const int index = pattern.indexIn(text, from);
             const int length = pattern.matchedLength();
-            if (length == 0)
+            if (index < 0 || length == 0)
                 break;
-            matches.append(Match { rule, index, length });
-            index = pattern.indexIn(text, index + length);
+            matches.append(Match { patternRule.rule, index, length });
+            from = patternRule.start.indexIn(text, index + length);
         }
     }
 }
 
 void Syntaxer::highlightBlock(const QString &text)
 {
-    // Later rules overwrite earlier ones where they overlap: apply the
-    // matches in rule order, and in line order within a rule.
     lineMatches.clear();
     matchWords(text, lineMatches);
-    matchLiterals(text, lineMatches);
+    matchFixedLength(text, lineMatches);
     matchPatterns(text, lineMatches);
-    std::stable_sort(lineMatches.begin(), lineMatches.end(),
-                     [](const Match &a, const Match &b) { return a.rule < b.rule; });
-    for (const Match &match : qAsConst(lineMatches))
-        setFormat(match.start, match.length, rules.at(match.rule).format);
+
+    // Later rules overwrite earlier ones where they overlap, and the matches
+    // of one rule never overlap: each character takes the format of the
+    // last rule that matched it. Whole runs are then set at once.
+    ruleOfChar.fill(-1, text.size());
+    for (const Match &match : qAsConst(lineMatches)) {
+        for (int i = match.start; i < match.start + match.length; ++i)
+            ruleOfChar[i] = qMax(ruleOfChar.at(i), match.rule);
+    }
+    for (int start = 0; start < text.size();) {
+        const int rule = ruleOfChar.at(start);
+        int end = start + 1;
+        while (end < text.size() && ruleOfChar.at(end) == rule)
+            ++end;
+        if (rule >= 0)
+            setFormat(start, end - start, rules.at(rule).format);
+        start = end;
+    }
 
     highlightBackticks(text);
 }

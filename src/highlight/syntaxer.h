@@ -1,11 +1,15 @@
 #ifndef SYNTAXER_H
 #define SYNTAXER_H
 
+#include <QBitArray>
 #include <QHash>
 #include <QRegExp>
 #include <QSyntaxHighlighter>
 #include <QTextCharFormat>
 #include <QVector>
+
+#include "fixedpattern.h"
+#include "patternstart.h"
 
 class ZuSourceCode;
 
@@ -16,9 +20,11 @@ class ZuSourceCode;
 // name rules that are plain text are found by cheaper means: names made of
 // word characters through one hash look-up per word of the line, other
 // plain names through the first character of each occurrence. Only names
-// with pattern characters and the fixed rules run their patterns on every
-// line. The matches are applied in rule order, so the colours are exactly
-// those of running every rule's pattern in turn.
+// with pattern characters and the fixed rules need their patterns: those of
+// one match length are compared character by character, the others run
+// from where a match can begin. The matches are applied in rule
+// order, so the colours are exactly those of running every rule's pattern
+// in turn.
 class Syntaxer : public QSyntaxHighlighter
 {
 public:
@@ -52,8 +58,13 @@ private:
     };
 
     void addMatcher(int rule, const QString &name, bool wholeWord);
+    void addPatternRule(int rule);
+    void addFixedRule(int rule, const FixedPattern &pattern);
     void matchWords(const QString &text, QVector<Match> &matches) const;
-    void matchLiterals(const QString &text, QVector<Match> &matches);
+    void matchFixedLength(const QString &text, QVector<Match> &matches);
+    void matchLiteralsAt(const QString &text, int position, QVector<Match> &matches);
+    void matchFixedRulesAt(const QString &text, int position, const QVector<int> &candidates,
+                           QVector<Match> &matches);
     void matchPatterns(const QString &text, QVector<Match> &matches) const;
     void highlightBackticks(const QString &text);
 
@@ -71,10 +82,29 @@ private:
 
     QHash<QString, QVector<int>> wordRules;          // whole word -> its rules
     QVector<LiteralRule> literals;
-    QHash<ushort, QVector<int>> literalsByFirstChar; // first character -> literals
-    QVector<int> patternRules;                       // rules that run their pattern
+    QHash<quint32, QVector<int>> literalsByPrefix;   // first two characters -> literals
+    struct PatternRule
+    {
+        int rule;
+        PatternStart start;
+    };
+    struct FixedRule
+    {
+        int rule;
+        FixedPattern pattern;
+    };
+    QVector<FixedRule> fixedRules;                   // rules of one match length
+    QHash<ushort, QVector<int>> fixedByFirstChar;    // first character -> fixed rules
+    QVector<int> unindexedFixedRules;                // fixed rules that may start anywhere
+    QVector<int> fixedResume;                        // per fixed rule: where its search goes on
+    QVector<PatternRule> patternRules;               // rules that run their pattern
+    QBitArray firstChars;                            // by character: starts a literal or fixed rule
+    QBitArray fixedFirstChars;                       // by character: starts a fixed rule
+    QBitArray singleCharLiterals;                    // by character: a literal of its own
+    QBitArray literalPairs;                          // by hashed prefix key: may start a literal
     QVector<int> literalResume;                      // per literal: where its search goes on
     QVector<Match> lineMatches;
+    QVector<int> ruleOfChar;
 };
 
 #endif // SYNTAXER_H

@@ -1,0 +1,68 @@
+#ifndef PATTERNSTART_H
+#define PATTERNSTART_H
+
+#include <QBitArray>
+#include <QString>
+#include <QVector>
+
+// Where a match of a regular expression (QRegExp syntax) can begin in a
+// text, worked out from the pattern alone: the characters that can begin a
+// non-empty match, whether a match must begin at a word boundary, and where
+// a pattern that can match the empty string certainly does. A search can
+// then begin at the first place that fits, or be skipped. Where the pattern
+// is beyond this simple reading, every position counts as a possible start.
+class PatternStart
+{
+public:
+    explicit PatternStart(const QString &pattern);
+
+    // QRegExp's word characters, which decide where \b holds.
+    static bool isWordChar(QChar ch);
+    static bool isWordBoundary(const QString &text, int position);
+
+    // The first position at or after from where a non-empty match may
+    // begin, or -1 when the leftmost match there is none or empty.
+    int indexIn(const QString &text, int from) const;
+
+private:
+    // Where the pattern can match the empty string, best guarantee first.
+    enum class Empty { Anywhere, AtBoundary, Unknown, Never };
+    enum class Kind { Unknown, NonEmpty, EmptyAtStart, EmptyAtBoundary };
+    struct Range
+    {
+        ushort first;
+        ushort last;
+    };
+    // What a part of the pattern can start with.
+    struct Starts
+    {
+        QVector<Range> ranges;
+        bool any = false;
+        Empty empty = Empty::Never;
+        void add(const Starts &other);
+    };
+
+    static Starts single(ushort first, ushort last);
+    static Starts zeroWidth(Empty where);
+    static Starts anything();
+
+    Starts alternation();
+    Starts sequence();
+    Starts quantified();
+    Starts atom();
+    Starts group();
+    Starts characterClass();
+    Starts escape();
+    bool atEnd() const { return position >= pattern.size(); }
+    QChar peek() const { return pattern.at(position); }
+    Starts fail();
+
+    const QString pattern;
+    int position = 0;
+    bool failed = false;
+    Kind kind = Kind::Unknown;
+    bool startsAtBoundary = false;
+    QBitArray startChars; // by UTF-16 code unit
+};
+
+#endif // PATTERNSTART_H
