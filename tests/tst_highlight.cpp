@@ -20,6 +20,8 @@
 #include <memory>
 
 #include "editwindow.h"
+#include "fixedpattern.h"
+#include "patternstart.h"
 #include "referencesyntaxer.h"
 #include "syntaxer.h"
 #include "textedit.h"
@@ -212,6 +214,14 @@ private slots:
     void edgeNameListsMatchReference_data();
     void edgeNameListsMatchReference();
     void editedLinesMatchReference();
+
+    // The shortcuts that spare running patterns
+    void patternStartNeverSkipsAMatch_data();
+    void patternStartNeverSkipsAMatch();
+    void patternStartReadsWhereMatchesBegin_data();
+    void patternStartReadsWhereMatchesBegin();
+    void fixedPatternMatchesWherePatternDoes_data();
+    void fixedPatternMatchesWherePatternDoes();
 };
 
 ZuSourceCode *TestHighlight::openEditor(const QString &text)
@@ -681,6 +691,131 @@ void TestHighlight::editedLinesMatchReference()
     QCOMPARE(editor->toPlainText(), expected.toPlainText());
     const QString difference = firstDifference(editor->document(), &expected);
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+// Patterns of the kinds the rules are made of, and texts made of the
+// characters they look for, so that matches are frequent.
+static QStringList shortcutPatterns()
+{
+    return { QStringLiteral("\\b(a.b)\\b"), QStringLiteral("(p|q)"), QStringLiteral("\\b([y])\\b"),
+             QStringLiteral("\\b((z))\\b"), QStringLiteral("\\b([a-c]x)\\b"), QStringLiteral("\\b(q\\.r)\\b"),
+             QStringLiteral("((v)_)"), QStringLiteral("\\b(x+)\\b"), QStringLiteral("\\b(m*)\\b"),
+             QStringLiteral("\\b(k?)\\b"), QStringLiteral("(||)"), QStringLiteral("(a+b)"),
+             QStringLiteral("\\b[-+]?(?:\\b[0-9]+(?:\\.[0-9]*)?|\\.[0-9]+\\b)(?:[eE][-+]?[0-9]+\\b)?\\b"),
+             QStringLiteral("\".*\""), QStringLiteral("\\b[{()}]\\b"), QStringLiteral("``[^\n]*"),
+             QStringLiteral("\\b(\\w+)\\b"), QStringLiteral("\\b([^a]b)\\b"), QStringLiteral("\\B(x)"),
+             QStringLiteral("^(a)"), QStringLiteral("(a)$"), QStringLiteral("\\b(.)\\b"),
+             QStringLiteral("\\b(ж[а-я])\\b") };
+}
+
+static QStringList shortcutTexts()
+{
+    QRandomGenerator random(4242);
+    const QString alphabet = QStringLiteral("abxyzpqrvmk_.+-=|{}()\"` 0123456789eEжзя\t");
+    QStringList texts { QString(), QStringLiteral(" "), QStringLiteral("a.b"), QStringLiteral("xx y") };
+    for (int i = 0; i < 400; ++i) {
+        QString text;
+        const int length = int(random.bounded(24));
+        for (int j = 0; j < length; ++j)
+            text += alphabet.at(int(random.bounded(alphabet.size())));
+        texts << text;
+    }
+    return texts;
+}
+
+void TestHighlight::patternStartNeverSkipsAMatch_data()
+{
+    QTest::addColumn<QString>("pattern");
+    for (const QString &pattern : shortcutPatterns())
+        QTest::newRow(qPrintable(pattern)) << pattern;
+}
+
+// Where the shortcut says a search may begin, the pattern finds the same
+// leftmost match as from the original offset; where it says there is
+// nothing, the pattern finds nothing or an empty match.
+void TestHighlight::patternStartNeverSkipsAMatch()
+{
+    QFETCH(QString, pattern);
+    const QRegExp expression(pattern);
+    QVERIFY(expression.isValid());
+    const PatternStart start(pattern);
+    for (const QString &text : shortcutTexts()) {
+        for (int from = 0; from <= text.size(); ++from) {
+            const int index = expression.indexIn(text, from);
+            const int length = expression.matchedLength();
+            const int candidate = start.indexIn(text, from);
+            const QByteArray where = (QStringLiteral("text \"") + text + QStringLiteral("\" from ")
+                                      + QString::number(from)).toUtf8();
+            if (candidate < 0) {
+                QVERIFY2(index < 0 || length == 0, where.constData());
+                continue;
+            }
+            QVERIFY2(candidate >= from, where.constData());
+            QCOMPARE(expression.indexIn(text, candidate), index);
+            QCOMPARE(expression.matchedLength(), length);
+        }
+    }
+}
+
+void TestHighlight::patternStartReadsWhereMatchesBegin_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("first start character") << QStringLiteral("(p|q)") << QStringLiteral("xxq p") << 2;
+    QTest::newRow("none in the text") << QStringLiteral("(p|q)") << QStringLiteral("xyz") << -1;
+    QTest::newRow("only at a word start") << QStringLiteral("\\b(x+)\\b") << QStringLiteral("axx xx") << 4;
+    QTest::newRow("empty at the first boundary") << QStringLiteral("\\b(m*)\\b") << QStringLiteral(" int m") << -1;
+    QTest::newRow("non-empty at the first boundary") << QStringLiteral("\\b(m*)\\b") << QStringLiteral(" mm") << 1;
+    QTest::newRow("empty at once") << QStringLiteral("(||)") << QStringLiteral("abc") << -1;
+    QTest::newRow("class of any start") << QStringLiteral("\\b(\\w+)\\b") << QStringLiteral("  ab") << 0;
+    QTest::newRow("after skipped prefix") << QStringLiteral("``[^\n]*") << QStringLiteral("a ``c") << 2;
+}
+
+void TestHighlight::patternStartReadsWhereMatchesBegin()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, text);
+    QFETCH(int, expected);
+    QCOMPARE(PatternStart(pattern).indexIn(text, 0), expected);
+}
+
+void TestHighlight::fixedPatternMatchesWherePatternDoes_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<bool>("fixed");
+    const QStringList fixedOnes { QStringLiteral("\\b(a.b)\\b"), QStringLiteral("(p|q)"), QStringLiteral("\\b([y])\\b"),
+                                  QStringLiteral("\\b((z))\\b"), QStringLiteral("\\b([a-c]x)\\b"),
+                                  QStringLiteral("\\b(q\\.r)\\b"), QStringLiteral("((v)_)"),
+                                  QStringLiteral("\\b[{()}]\\b"), QStringLiteral("\\b([^a]b)\\b"),
+                                  QStringLiteral("\\B(x)"), QStringLiteral("\\b(.)\\b"),
+                                  QStringLiteral("\\b(ж[а-я])\\b") };
+    for (const QString &pattern : shortcutPatterns())
+        QTest::newRow(qPrintable(pattern)) << pattern << fixedOnes.contains(pattern);
+}
+
+// A pattern read as a fixed sequence matches at exactly the positions where
+// the pattern's own leftmost search from there starts a match, with the
+// pattern's length.
+void TestHighlight::fixedPatternMatchesWherePatternDoes()
+{
+    QFETCH(QString, pattern);
+    QFETCH(bool, fixed);
+    const FixedPattern sequence(pattern);
+    QCOMPARE(sequence.isValid(), fixed);
+    if (!fixed)
+        return;
+    const QRegExp expression(pattern);
+    for (const QString &text : shortcutTexts()) {
+        for (int position = 0; position < text.size(); ++position) {
+            const bool matchesHere = expression.indexIn(text, position) == position;
+            const QByteArray where = (QStringLiteral("text \"") + text + QStringLiteral("\" at ")
+                                      + QString::number(position)).toUtf8();
+            QVERIFY2(sequence.matchesAt(text, position) == matchesHere, where.constData());
+            if (matchesHere)
+                QCOMPARE(expression.matchedLength(), sequence.length());
+        }
+    }
 }
 
 QTEST_MAIN(TestHighlight)
