@@ -3,6 +3,7 @@
 
 #include <QAbstractItemDelegate>
 #include <QFileSystemWatcher>
+#include <QHash>
 #include <QList>
 #include <QMainWindow>
 #include <QMutex>
@@ -163,6 +164,10 @@ private slots:
 private:
     void showListButtonsAsIcons();
     void rejectName(QListWidgetItem *item);
+    void enableWholeProjectButtons();
+    static QStringList namesOnDisk(const char *ext);
+    static QStringList listTexts(const QListWidget *list);
+    void refill(QListWidget *list, const QStringList &names);
     void projectFileError();
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
@@ -189,6 +194,8 @@ private:
     QString toolTipText;
     Syntaxer *syntaxer = nullptr;
     QCompleter *completer = nullptr;
+
+    QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory
 
     bool autoComplete = true;
     bool autoSaveOnExec = true;

@@ -19,19 +19,42 @@ QString EditWindow::placeholderName()
     return tr("Задайте имя");
 }
 
-void EditWindow::fillProgramsList(QListWidget *list, const char *ext)
+QStringList EditWindow::namesOnDisk(const char *ext)
 {
-    const QString remembered = list->currentItem() ? list->currentItem()->text() : QString();
-    list->clear();
-
     const QString extension = QString::fromLatin1(ext);
     const QFileInfoList entries = QDir(QString()).entryInfoList(
         { QLatin1Char('*') + extension }, QDir::Files | QDir::NoSymLinks, QDir::Name);
-    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    QStringList names;
     for (const QFileInfo &entry : entries) {
         // The filter ignores case, the cut does not: "A.ZU" keeps its name.
         const QString fileName = entry.fileName();
-        auto *item = new QListWidgetItem(fileName.left(fileName.lastIndexOf(extension)), list);
+        names << fileName.left(fileName.lastIndexOf(extension));
+    }
+    return names;
+}
+
+QStringList EditWindow::listTexts(const QListWidget *list)
+{
+    QStringList texts;
+    texts.reserve(list->count());
+    for (int row = 0; row < list->count(); ++row)
+        texts << list->item(row)->text();
+    return texts;
+}
+
+void EditWindow::fillProgramsList(QListWidget *list, const char *ext)
+{
+    refill(list, namesOnDisk(ext));
+}
+
+void EditWindow::refill(QListWidget *list, const QStringList &names)
+{
+    listedNames.insert(list, names);
+    const QString remembered = list->currentItem() ? list->currentItem()->text() : QString();
+    list->clear();
+    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    for (const QString &name : names) {
+        auto *item = new QListWidgetItem(name, list);
         item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled);
     }
     connect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
@@ -44,10 +67,21 @@ void EditWindow::fillProgramsList(QListWidget *list, const char *ext)
     }
 }
 
-void EditWindow::dirChanged(QString)
+// The watcher names the directory; other callers pass nothing and always
+// get fresh lists. Saving a file through a temporary one changes the
+// directory but not the names: on such a notification a list that shows
+// what it last read stays as it is, selections and all.
+void EditWindow::dirChanged(QString s)
 {
-    fillProgramsList(ui->programsList, programExtension);
-    fillProgramsList(ui->projectsList, projectExtension);
+    const std::pair<QListWidget *, const char *> lists[] = {
+        { ui->programsList, programExtension },
+        { ui->projectsList, projectExtension },
+    };
+    for (const auto &list : lists) {
+        const QStringList names = namesOnDisk(list.second);
+        if (s.isEmpty() || names != listedNames.value(list.first) || names != listTexts(list.first))
+            refill(list.first, names);
+    }
 }
 
 void EditWindow::setProgramsDir(const QString &dir)

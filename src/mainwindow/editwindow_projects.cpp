@@ -69,6 +69,7 @@ void EditWindow::dropCurrProjList()
     out.flush();
     if (!file.commit())
         projectFileError();
+    enableWholeProjectButtons();
 }
 
 void EditWindow::curProjChanged(int row)
@@ -90,16 +91,20 @@ void EditWindow::curProjChanged(int row)
 
     ui->delprjButton->setEnabled(true);
     OpenPrj(false);
-    // A project whose programs are all missing or empty cannot be opened
-    // or compiled as a whole.
-    for (int i = 0; i < ui->currentProjectList->count(); ++i) {
+    enableWholeProjectButtons();
+}
+
+// A project whose programs are all missing or empty cannot be opened or
+// compiled as a whole.
+void EditWindow::enableWholeProjectButtons()
+{
+    bool anyProgram = false;
+    for (int i = 0; i < ui->currentProjectList->count() && !anyProgram; ++i) {
         const QFileInfo program(ui->currentProjectList->item(i)->text() + QStringLiteral(".zu"));
-        if (program.exists() && program.size() > 0) {
-            ui->debugProjButton->setEnabled(true);
-            ui->editAllPrjButton->setEnabled(true);
-            break;
-        }
+        anyProgram = program.exists() && program.size() > 0;
     }
+    ui->debugProjButton->setEnabled(anyProgram);
+    ui->editAllPrjButton->setEnabled(anyProgram);
 }
 
 void EditWindow::curProgPrjChanged(int row)
@@ -166,23 +171,33 @@ void EditWindow::on_addprjButton_clicked()
 
 void EditWindow::on_removeProgPrjButton_clicked()
 {
-    QListWidgetItem *item = ui->currentProjectList->currentItem();
-    if (!item)
+    QListWidget *list = ui->currentProjectList;
+    if (!list->currentItem())
         return;
+    const QString name = list->currentItem()->text();
+    const int row = list->currentRow();
     const QMessageBox::StandardButton answer = QMessageBox::question(
         this, tr("ВНИМАНИЕ!"),
         tr("Программа будет удалена только из списка текущего проекта.\n"
            "Программа сохранена на постоянном носителе и может быть включена в проект снова.\n\n"
            "Удалить программу ")
-            + item->text() + tr(" из проекта?"),
+            + name + tr(" из проекта?"),
         QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
     if (answer != QMessageBox::Yes)
         return;
 
-    delete ui->currentProjectList->takeItem(ui->currentProjectList->row(item));
-    if (ui->currentProjectList->count() > 0) {
-        if (ui->currentProjectList->currentRow() != 0)
-            ui->currentProjectList->setCurrentRow(0);
+    // The list may have been read again while the question was open.
+    QListWidgetItem *item = list->item(row);
+    if (!item || item->text() != name) {
+        const QList<QListWidgetItem *> found = list->findItems(name, Qt::MatchExactly);
+        if (found.isEmpty())
+            return;
+        item = found.first();
+    }
+    delete list->takeItem(list->row(item));
+    if (list->count() > 0) {
+        if (list->currentRow() != 0)
+            list->setCurrentRow(0);
         else
             curProgPrjChanged(0);
     }
