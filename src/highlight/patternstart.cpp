@@ -1,12 +1,8 @@
 #include "patternstart.h"
 
-bool PatternStart::isWordChar(QChar ch)
+// Beyond ASCII: letters, numbers and marks.
+bool PatternStart::isOtherWordChar(QChar ch)
 {
-    const ushort code = ch.unicode();
-    if (code < 0x80) {
-        return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z')
-            || (code >= '0' && code <= '9') || code == '_';
-    }
     switch (ch.category()) {
     case QChar::Mark_NonSpacing:
     case QChar::Mark_SpacingCombining:
@@ -23,13 +19,6 @@ bool PatternStart::isWordChar(QChar ch)
     default:
         return false;
     }
-}
-
-bool PatternStart::isWordBoundary(const QString &text, int position)
-{
-    const bool before = position > 0 && isWordChar(text.at(position - 1));
-    const bool after = position < text.size() && isWordChar(text.at(position));
-    return before != after;
 }
 
 PatternStart::Starts PatternStart::single(ushort first, ushort last)

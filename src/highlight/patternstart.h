@@ -17,14 +17,29 @@ public:
     explicit PatternStart(const QString &pattern);
 
     // QRegExp's word characters, which decide where \b holds.
-    static bool isWordChar(QChar ch);
-    static bool isWordBoundary(const QString &text, int position);
+    static bool isWordChar(QChar ch)
+    {
+        const ushort code = ch.unicode();
+        if (code < 0x80) {
+            return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z')
+                || (code >= '0' && code <= '9') || code == '_';
+        }
+        return isOtherWordChar(ch);
+    }
+    static bool isWordBoundary(const QString &text, int position)
+    {
+        const bool before = position > 0 && isWordChar(text.at(position - 1));
+        const bool after = position < text.size() && isWordChar(text.at(position));
+        return before != after;
+    }
 
     // The first position at or after from where a non-empty match may
     // begin, or -1 when the leftmost match there is none or empty.
     int indexIn(const QString &text, int from) const;
 
 private:
+    static bool isOtherWordChar(QChar ch);
+
     // Where the pattern can match the empty string, best guarantee first.
     enum class Empty { Anywhere, AtBoundary, Unknown, Never };
     enum class Kind { Unknown, NonEmpty, EmptyAtStart, EmptyAtBoundary };

@@ -306,6 +306,9 @@ void Syntaxer::highlightBackticks(const QString &text)
     setCurrentBlockState(0);
     int start = 0;
     if (previousBlockState() != 1) {
+        // Most lines have no backtick: no need to run the expression.
+        if (!text.contains(QLatin1Char('`')))
+            return;
         start = backtick.indexIn(text);
         if (start < 0)
             return;
