@@ -1,0 +1,1297 @@
+// The editor tabs, driven as a user and a host drive them: programs opened
+// through the window's buttons and the host's menu socket, tabs switched
+// and closed on the tab bar, the save questions answered, and the open
+// programs remembered across a restart.
+
+#include <QtTest>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCompleter>
+#include <QDateTime>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScopeGuard>
+#include <QScopedPointer>
+#include <QSignalSpy>
+#include <QStringListModel>
+#include <QStyle>
+#include <QStyleOptionButton>
+#include <QSyntaxHighlighter>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+#include <QTimer>
+
+#include <thread>
+#include <vector>
+
+#include "editwindow.h"
+#include "hosttables.h"
+#include "searchreplace.h"
+#include "settingelement.h"
+#include "testrunner.h"
+#include "textedit.h"
+#include "zusourcecode.h"
+
+namespace {
+
+const QString attentionTitle = QStringLiteral("ВНИМАНИЕ!");
+
+// Program files get a modification time far in the past, so that any
+// save, even of unchanged text, shows as a newer time.
+const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
+
+bool writeFile(const QString &path, const QByteArray &data)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(data) != data.size() || !file.flush())
+        return false;
+    return file.setFileTime(oldTime, QFileDevice::FileModificationTime);
+}
+
+bool writeProgram(const QString &name, const QByteArray &data)
+{
+    return writeFile(name + QStringLiteral(".zu"), data);
+}
+
+QByteArray programBytes(const QString &name)
+{
+    QFile file(name + QStringLiteral(".zu"));
+    if (!file.open(QIODevice::ReadOnly))
+        return QByteArray("<missing>");
+    return file.readAll();
+}
+
+bool writtenSinceCreated(const QString &name)
+{
+    return QFileInfo(name + QStringLiteral(".zu")).lastModified() != oldTime;
+}
+
+QStringList itemTexts(const QListWidget *list)
+{
+    QStringList texts;
+    for (int row = 0; row < list->count(); ++row)
+        texts << list->item(row)->text();
+    return texts;
+}
+
+QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
+{
+    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+void clickItem(QListWidget *list, QListWidgetItem *item)
+{
+    list->scrollToItem(item);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualItemRect(item).center());
+}
+
+void clickTab(QTabWidget *tabs, int index)
+{
+    QTabBar *bar = tabs->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
+}
+
+QAbstractButton *closeButtonOf(QTabWidget *tabs, int index)
+{
+    QTabBar *bar = tabs->tabBar();
+    QWidget *button = bar->tabButton(index, QTabBar::RightSide);
+    if (!button)
+        button = bar->tabButton(index, QTabBar::LeftSide);
+    return qobject_cast<QAbstractButton *>(button);
+}
+
+ZuSourceCode *editorOf(QWidget *page)
+{
+    return page ? page->findChild<ZuSourceCode *>() : nullptr;
+}
+
+QStringList tabTitles(const QTabWidget *tabs)
+{
+    QStringList titles;
+    for (int i = 0; i < tabs->count(); ++i)
+        titles << tabs->tabText(i);
+    return titles;
+}
+
+// The foreground of the highlighter's format at a position of a block.
+QColor colourAt(const QTextBlock &block, int position)
+{
+    const QVector<QTextLayout::FormatRange> ranges = block.layout()->formats();
+    for (const QTextLayout::FormatRange &range : ranges) {
+        if (position >= range.start && position < range.start + range.length)
+            return range.format.foreground().color();
+    }
+    return QColor();
+}
+
+// The host's tables of operations and types, as the host hands them over.
+class HostTables
+{
+public:
+    HostTables(std::initializer_list<const char *> operationNames, std::initializer_list<const char *> typeNames)
+    {
+        for (const char *name : operationNames) {
+            OperationRecord record {};
+            record.name = name;
+            operationRecords.push_back(record);
+        }
+        for (const char *name : typeNames) {
+            TypeRecord record {};
+            record.name = name;
+            typeRecords.push_back(record);
+        }
+        operations.first = operationRecords.data();
+        operations.end = operationRecords.data() + operationRecords.size();
+        types.first = typeRecords.data();
+        types.end = typeRecords.data() + typeRecords.size();
+    }
+
+    ARRAY operations {};
+    ARRAY types {};
+
+private:
+    std::vector<OperationRecord> operationRecords;
+    std::vector<TypeRecord> typeRecords;
+};
+
+// ---------------------------------------------------------------------------
+// Answers every modal dialog that becomes active, from a timer, and
+// remembers the message boxes it saw. A message box gets the chosen button;
+// a text input gets the chosen text and is accepted.
+
+struct ShownBox
+{
+    QString title;
+    QString text;
+    QMessageBox::StandardButtons buttons;
+};
+
+class ModalAnswerer
+{
+public:
+    explicit ModalAnswerer(QMessageBox::StandardButton answer, const QString &inputText = QString())
+        : answer(answer)
+        , inputText(inputText)
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] { poll(); });
+        timer.start(10);
+    }
+
+    QVector<ShownBox> shown;
+    int inputs = 0;
+
+    QStringList texts() const
+    {
+        QStringList all;
+        for (const ShownBox &box : shown)
+            all << box.text;
+        return all;
+    }
+
+private:
+    void poll()
+    {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (!modal || !modal->isVisible() || modal == answered)
+            return;
+        if (auto *box = qobject_cast<QMessageBox *>(modal)) {
+            answered = box;
+            shown << ShownBox { box->windowTitle(), box->text(), box->standardButtons() };
+            QAbstractButton *button = box->button(answer);
+            if (!button && !box->buttons().isEmpty())
+                button = box->buttons().first();
+            if (button)
+                QTest::mouseClick(button, Qt::LeftButton);
+            else
+                box->close();
+        } else if (auto *input = qobject_cast<QInputDialog *>(modal)) {
+            answered = input;
+            ++inputs;
+            input->setTextValue(inputText);
+            input->accept();
+        }
+    }
+
+    QMessageBox::StandardButton answer;
+    QString inputText;
+    QPointer<QWidget> answered;
+    QTimer timer;
+};
+
+} // namespace
+
+class TestTabs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    // Opening and switching
+    void openingTabLoadsProgramAndRecordsOpenedList();
+    void highlighterAndCompleterFollowCurrentTab();
+    void switchingTabsBindsButtonsToCurrentEditor();
+    void tabChangedWithoutTabChangesNothing();
+
+    // Closing
+    void closingUnmodifiedTabAsksNothing();
+    void closingModifiedTabAsksToSave_data();
+    void closingModifiedTabAsksToSave();
+    void closingLastTabDisablesButtonsAndDropsHelpers();
+    void reopenedFirstTabGetsFreshHelpersAndLongerWordList();
+
+    // Lookups by name
+    void sameTitleTwiceLookupsFindFirst();
+    void namesDifferingInCaseAreDifferentTabs();
+    void switchOrLoadGoesToOpensOrIgnores();
+    void renamedTabSavesUnderNewName();
+    void saveAsThroughButtonRenamesTab();
+
+    // Requests from the lists and from the host
+    void editButtonOpensCurrentProgram();
+    void hostMenuOpensProgramOnlyOnce();
+    void hostMenuOpensProjectPrograms();
+    void hostMenuUnknownNameAsksAndCreatesProgram();
+    void runReopensRememberedTabs();
+    void runGivesTabToRememberedProgramWithoutFile();
+
+    // Exit and saving
+    void canExitWithoutTabsAgrees();
+    void canExitCancelStopsAtFirstRefusal();
+    void canExitDiscardingAsksEveryModifiedTab();
+    void saveBeforeRunWithAutoSaveOffSavesNothing();
+    void saveBeforeRunWithAutoSaveOnSavesNamedProgram();
+    void saveCurrentProgSavesOnlyModifiedCurrent();
+    void saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent();
+
+private:
+    bool makeWindow();
+    bool showWindow();
+    QPushButton *button(const char *name) const;
+    QList<QVariant> reported(const QString &key) const;
+    ZuSourceCode *editorAt(int index) const { return editorOf(tabs->widget(index)); }
+    void typeInto(int index, const QString &text);
+
+    QScopedPointer<QTemporaryDir> tempDir;
+    QString previousDir;
+    TextEdit *plugin = nullptr;
+    EditWindow *window = nullptr;
+    QTabWidget *tabs = nullptr;
+    QTabWidget *selector = nullptr;
+    QListWidget *programs = nullptr;
+    QListWidget *projects = nullptr;
+    QListWidget *projectPrograms = nullptr;
+    QScopedPointer<QSignalSpy> variants;
+};
+
+void TestTabs::init()
+{
+    previousDir = QDir::currentPath();
+    tempDir.reset(new QTemporaryDir);
+    QVERIFY(tempDir->isValid());
+    QVERIFY(QDir::setCurrent(tempDir->path()));
+}
+
+void TestTabs::cleanup()
+{
+    variants.reset();
+    delete window;
+    window = nullptr;
+    delete plugin;
+    plugin = nullptr;
+    tabs = selector = nullptr;
+    programs = projects = projectPrograms = nullptr;
+    QDir::setCurrent(previousDir);
+    tempDir.reset();
+}
+
+// Makes the window in the current directory (its lists are filled from the
+// files there) and starts recording what it reports to the host.
+bool TestTabs::makeWindow()
+{
+    plugin = new TextEdit;
+    window = plugin->window();
+    if (!window)
+        return false;
+    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
+    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
+    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
+    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
+    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
+    if (!tabs || !selector || !programs || !projects || !projectPrograms)
+        return false;
+    for (const char *name : { "saveProgramButton", "saveAsProgramButton", "undoButton", "redoButton",
+                              "seacrhButton", "compileProgramButton", "editButton" }) {
+        if (!button(name))
+            return false;
+    }
+    variants.reset(new QSignalSpy(window, &EditWindow::changeVariant));
+    return variants->isValid();
+}
+
+bool TestTabs::showWindow()
+{
+    window->show();
+    if (!QTest::qWaitForWindowExposed(window))
+        return false;
+    window->activateWindow();
+    return QTest::qWaitForWindowActive(window);
+}
+
+QPushButton *TestTabs::button(const char *name) const
+{
+    return window->findChild<QPushButton *>(QLatin1String(name));
+}
+
+// The values reported for one key, in order. Every report carries sync
+// false and change true; a report that does not is returned as an invalid
+// value, which no comparison accepts.
+QList<QVariant> TestTabs::reported(const QString &key) const
+{
+    QList<QVariant> values;
+    for (const QList<QVariant> &arguments : qAsConst(*variants)) {
+        if (arguments.at(0).toString() != key)
+            continue;
+        const bool flagsRight = !arguments.at(2).toBool() && arguments.at(3).toBool();
+        values << (flagsRight ? arguments.at(1) : QVariant());
+    }
+    return values;
+}
+
+// Types into the editor of a tab while it is the current one.
+void TestTabs::typeInto(int index, const QString &text)
+{
+    tabs->setCurrentIndex(index);
+    ZuSourceCode *editor = editorAt(index);
+    QVERIFY(editor);
+    QTest::keyClicks(editor, text);
+}
+
+// ---------------------------------------------------------------------------
+// Opening and switching
+
+void TestTabs::openingTabLoadsProgramAndRecordsOpenedList()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    clickTab(selector, 0);
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QVERIFY(button("editButton")->isEnabled());
+    QVERIFY(!button("seacrhButton")->isEnabled());
+
+    QWidget *page = window->addTextTab(QStringLiteral("a"));
+    QVERIFY(page);
+    QCOMPARE(tabs->count(), 1);
+    QCOMPARE(tabs->tabText(0), QStringLiteral("a"));
+    QCOMPARE(tabs->currentWidget(), page);
+    ZuSourceCode *editor = editorOf(page);
+    QVERIFY(editor);
+    QCOMPARE(editor->objectName(), QStringLiteral("a"));
+    QCOMPARE(editor->toPlainText(), QStringLiteral("alpha\n"));
+    auto *layout = qobject_cast<QHBoxLayout *>(page->layout());
+    QVERIFY(layout);
+    QCOMPARE(layout->indexOf(editor), 0);
+
+    // The program buttons were refreshed: the open program may not be
+    // edited again, renamed or deleted.
+    QVERIFY(!button("editButton")->isEnabled());
+    QVERIFY(!button("renameButton")->isEnabled());
+    QVERIFY(!button("delProgButton")->isEnabled());
+
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+    QVERIFY(!button("saveAsProgramButton")->isEnabled());
+    QVERIFY(!button("undoButton")->isEnabled());
+    QVERIFY(!button("redoButton")->isEnabled());
+    QVERIFY(button("compileProgramButton")->isEnabled());
+    QVERIFY(button("seacrhButton")->isEnabled());
+    QVERIFY(!button("seacrhButton")->isChecked());
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList { "a" } });
+    QCOMPARE(reported(QStringLiteral("openedlist")).first().type(), QVariant::StringList);
+
+    // The one completer works for the new editor.
+    auto *completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(completer);
+    QCOMPARE(completer->widget(), editor);
+
+    // With the search on, the next tab turns it off again.
+    QTest::mouseClick(button("seacrhButton"), Qt::LeftButton);
+    QVERIFY(button("seacrhButton")->isChecked());
+    QWidget *second = window->addTextTab(QStringLiteral("b"));
+    QCOMPARE(tabs->currentWidget(), second);
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(editorOf(second)->toPlainText(), QStringLiteral("beta\n"));
+    QVERIFY(!button("seacrhButton")->isChecked());
+    QVERIFY(button("seacrhButton")->isEnabled());
+    QCOMPARE(reported(QStringLiteral("openedlist")),
+             (QList<QVariant> { QStringList { "a" }, QStringList { "a", "b" } }));
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("b")));
+    QCOMPARE(window->getOpenedList(), (QStringList { "a", "b" }));
+    QCOMPARE(window->currTabName(), QStringLiteral("b"));
+}
+
+void TestTabs::highlighterAndCompleterFollowCurrentTab()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "op1 a\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "op2 b\n"));
+    QVERIFY(makeWindow());
+    HostTables tables({ "op1", "op2" }, { "t1" });
+    window->tablesAnswer(&tables.operations, &tables.types);
+    QVERIFY(showWindow());
+
+    ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(first);
+    QPointer<QSyntaxHighlighter> highlighter = first->findChild<QSyntaxHighlighter *>();
+    QVERIFY(highlighter);
+    QCOMPARE(highlighter->document(), first->document());
+    const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(completers.size(), 1);
+    QPointer<QCompleter> completer = completers.first();
+    QCOMPARE(completer->widget(), first);
+    QCOMPARE(completer->caseSensitivity(), Qt::CaseSensitive);
+    QVERIFY(!completer->wrapAround());
+    QCOMPARE(completer->completionMode(), QCompleter::PopupCompletion);
+    auto *model = qobject_cast<QStringListModel *>(completer->model());
+    QVERIFY(model);
+    QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1" }));
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(first->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+
+    ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
+    QVERIFY(second);
+    QCOMPARE(window->findChildren<QSyntaxHighlighter *>().size(), 1);
+    QCOMPARE(window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
+    QVERIFY(highlighter);
+    QVERIFY(completer);
+    QCOMPARE(highlighter->document(), second->document());
+    QCOMPARE(completer->widget(), second);
+    QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1" }));
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(second->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+    // A choice in the completer's list reaches the current editor.
+    QVERIFY(QObject::disconnect(completer, SIGNAL(activated(QString)), second, SLOT(insertCompleter(QString))));
+    window->changeCompleter(second);
+
+    // Back to the first tab by its tab on the bar.
+    clickTab(tabs, 0);
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(highlighter->document(), first->document());
+    QCOMPARE(completer->widget(), first);
+    QVERIFY(QObject::disconnect(completer, SIGNAL(activated(QString)), first, SLOT(insertCompleter(QString))));
+}
+
+void TestTabs::switchingTabsBindsButtonsToCurrentEditor()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    window->addTextTab(QStringLiteral("c"));
+    typeInto(0, QStringLiteral("xx"));
+    typeInto(1, QStringLiteral("yy"));
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("xxalpha\n"));
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("yybeta\n"));
+
+    // The unmodified tab: nothing to save or undo.
+    clickTab(tabs, 2);
+    QCOMPARE(tabs->currentIndex(), 2);
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+    QVERIFY(!button("saveAsProgramButton")->isEnabled());
+    QVERIFY(!button("undoButton")->isEnabled());
+    QVERIFY(!button("redoButton")->isEnabled());
+    QVERIFY(button("compileProgramButton")->isEnabled());
+
+    variants->clear();
+    clickTab(tabs, 0);
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(reported(QStringLiteral("openedtab")), QList<QVariant> { QStringLiteral("a") });
+    QVERIFY(button("saveProgramButton")->isEnabled());
+    QVERIFY(button("saveAsProgramButton")->isEnabled());
+    QVERIFY(button("undoButton")->isEnabled());
+    QVERIFY(!button("redoButton")->isEnabled());
+
+    // Save writes the current tab's program only.
+    QTest::mouseClick(button("saveProgramButton"), Qt::LeftButton);
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("xxalpha\n"));
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("b")));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("c")));
+    QVERIFY(!editorAt(0)->isChanged());
+    QVERIFY(editorAt(1)->isChanged());
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+
+    // Undo and redo act on the current tab's text only.
+    clickTab(tabs, 1);
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("b")));
+    QVERIFY(button("saveProgramButton")->isEnabled());
+    QTest::mouseClick(button("undoButton"), Qt::LeftButton);
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("beta\n"));
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("xxalpha\n"));
+    QVERIFY(button("redoButton")->isEnabled());
+    QTest::mouseClick(button("redoButton"), Qt::LeftButton);
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("yybeta\n"));
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("xxalpha\n"));
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
+}
+
+void TestTabs::tabChangedWithoutTabChangesNothing()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+
+    // No tab at all.
+    variants->clear();
+    window->tabChanged(-1);
+    QCOMPARE(variants->count(), 0);
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+    QVERIFY(!button("compileProgramButton")->isEnabled());
+
+    // A modified tab keeps its buttons and its wiring.
+    window->addTextTab(QStringLiteral("a"));
+    typeInto(0, QStringLiteral("zz"));
+    window->setEditButtons(0, 1, 0, 1, 0);
+    variants->clear();
+    window->tabChanged(-1);
+    QWidget stray;
+    window->tabChanged(&stray);
+    QCOMPARE(variants->count(), 0);
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+    QVERIFY(button("saveAsProgramButton")->isEnabled());
+    QVERIFY(!button("undoButton")->isEnabled());
+    QVERIFY(button("redoButton")->isEnabled());
+    QVERIFY(!button("compileProgramButton")->isEnabled());
+
+    // The current page itself does set the buttons from its editor.
+    window->tabChanged(tabs->currentWidget());
+    QVERIFY(button("saveProgramButton")->isEnabled());
+    QVERIFY(button("undoButton")->isEnabled());
+    QVERIFY(!button("redoButton")->isEnabled());
+    QVERIFY(button("compileProgramButton")->isEnabled());
+    QCOMPARE(reported(QStringLiteral("openedtab")), QList<QVariant> { QStringLiteral("a") });
+}
+
+// ---------------------------------------------------------------------------
+// Closing
+
+void TestTabs::closingUnmodifiedTabAsksNothing()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    ModalAnswerer answerer(QMessageBox::Cancel);
+    variants->clear();
+
+    QAbstractButton *close = closeButtonOf(tabs, 0);
+    QVERIFY(close);
+    QTest::mouseClick(close, Qt::LeftButton);
+
+    QCOMPARE(tabTitles(tabs), QStringList { "b" });
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList { "b" } });
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("a")));
+    QVERIFY(button("seacrhButton")->isEnabled());
+}
+
+void TestTabs::closingModifiedTabAsksToSave_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QStringList>("titlesAfter");
+    QTest::addColumn<QByteArray>("fileAfter");
+    QTest::newRow("yes saves and closes")
+        << int(QMessageBox::Yes) << QStringList { "b" } << QByteArray("zzalpha\n");
+    QTest::newRow("no discards and closes")
+        << int(QMessageBox::No) << QStringList { "b" } << QByteArray("alpha\n");
+    QTest::newRow("cancel keeps the tab")
+        << int(QMessageBox::Cancel) << QStringList { "a", "b" } << QByteArray("alpha\n");
+}
+
+void TestTabs::closingModifiedTabAsksToSave()
+{
+    QFETCH(int, answer);
+    QFETCH(QStringList, titlesAfter);
+    QFETCH(QByteArray, fileAfter);
+
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    typeInto(0, QStringLiteral("zz"));
+    clickTab(tabs, 1);
+    ModalAnswerer answerer { QMessageBox::StandardButton(answer) };
+    variants->clear();
+
+    QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, attentionTitle);
+    QCOMPARE(answerer.shown.first().text,
+             QStringLiteral("Текст программы a был изменен.\n\nСохранить изменения?"));
+    QCOMPARE(answerer.shown.first().buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    QCOMPARE(tabTitles(tabs), titlesAfter);
+    QCOMPARE(programBytes(QStringLiteral("a")), fileAfter);
+    // The open programs are recorded also when the close was refused.
+    QCOMPARE(reported(QStringLiteral("openedlist")).last(), QVariant(titlesAfter));
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
+}
+
+void TestTabs::closingLastTabDisablesButtonsAndDropsHelpers()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    ZuSourceCode *editor = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(editor);
+    QPointer<QSyntaxHighlighter> highlighter = editor->findChild<QSyntaxHighlighter *>();
+    QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(highlighter);
+    QVERIFY(completer);
+    QTest::mouseClick(button("seacrhButton"), Qt::LeftButton);
+    QVERIFY(button("seacrhButton")->isChecked());
+    QVERIFY(window->searchPanel()->isVisible());
+    QVERIFY(button("compileProgramButton")->isEnabled());
+    variants->clear();
+
+    QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+
+    QCOMPARE(tabs->count(), 0);
+    QCOMPARE(tabs->currentIndex(), -1);
+    for (const char *name : { "saveProgramButton", "saveAsProgramButton", "undoButton", "redoButton",
+                              "compileProgramButton", "seacrhButton" })
+        QVERIFY2(!button(name)->isEnabled(), name);
+    QVERIFY(!button("seacrhButton")->isChecked());
+    QVERIFY(!window->searchPanel()->isVisible());
+    QVERIFY(highlighter.isNull());
+    QVERIFY(completer.isNull());
+    QCOMPARE(window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly).size(), 0);
+    QCOMPARE(window->findChildren<QSyntaxHighlighter *>().size(), 0);
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList() });
+    QCOMPARE(window->currTabName(), QString());
+    QCOMPARE(window->getOpenedList(), QStringList());
+    // The program list shows the program as closed again.
+    QVERIFY(button("editButton")->isEnabled());
+}
+
+void TestTabs::reopenedFirstTabGetsFreshHelpersAndLongerWordList()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "op1 a\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "op2 b\n"));
+    QVERIFY(makeWindow());
+    HostTables tables({ "op1", "op2" }, { "t1" });
+    window->tablesAnswer(&tables.operations, &tables.types);
+    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2" }));
+    QCOMPARE(window->typeNames(), QStringList { "t1" });
+    QVERIFY(showWindow());
+
+    ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
+    window->addTextTab(QStringLiteral("b"));
+    QPointer<QSyntaxHighlighter> highlighter = first->findChild<QSyntaxHighlighter *>();
+    QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(highlighter);
+    QVERIFY(completer);
+    QCOMPARE(qobject_cast<QStringListModel *>(completer->model())->stringList(),
+             (QStringList { "op1", "op2", "t1" }));
+    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2", "t1" }));
+    QCOMPARE(window->typeNames(), QStringList { "t1" });
+
+    // Closing one of two tabs keeps both helpers.
+    window->tabClose(1);
+    QVERIFY(highlighter);
+    QVERIFY(completer);
+    window->tabClose(0);
+    QVERIFY(highlighter.isNull());
+    QVERIFY(completer.isNull());
+
+    ZuSourceCode *again = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(again);
+    QVERIFY(again != first);
+    QSyntaxHighlighter *freshHighlighter = again->findChild<QSyntaxHighlighter *>();
+    QVERIFY(freshHighlighter);
+    QCOMPARE(freshHighlighter->document(), again->document());
+    QCOMPARE(window->findChildren<QSyntaxHighlighter *>().size(), 1);
+    const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(completers.size(), 1);
+    QCOMPARE(completers.first()->widget(), again);
+    auto *model = qobject_cast<QStringListModel *>(completers.first()->model());
+    QVERIFY(model);
+    QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1", "t1" }));
+    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2", "t1", "t1" }));
+    QCOMPARE(window->typeNames(), QStringList { "t1" });
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(again->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+    QVERIFY(button("seacrhButton")->isEnabled());
+}
+
+// ---------------------------------------------------------------------------
+// Lookups by name
+
+void TestTabs::sameTitleTwiceLookupsFindFirst()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    QWidget *first = window->addTextTab(QStringLiteral("a"));
+    QWidget *second = window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    QVERIFY(first != second);
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "a", "b" }));
+    QCOMPARE(window->getOpenedList(), (QStringList { "a", "a", "b" }));
+
+    QVERIFY(window->alreadyOpen(QStringLiteral("a")));
+    QCOMPARE(tabs->currentWidget(), first);
+
+    tabs->setCurrentWidget(second);
+    variants->clear();
+    QVERIFY(window->findOpenTab(QStringLiteral("a")));
+    QCOMPARE(tabs->currentWidget(), first);
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("a")));
+
+    tabs->setCurrentIndex(2);
+    window->switchOrLoad(QStringLiteral("a"));
+    QCOMPARE(tabs->currentWidget(), first);
+    QCOMPARE(tabs->count(), 3);
+
+    tabs->setCurrentWidget(second);
+    window->tabClose(QStringLiteral("a"));
+    QCOMPARE(tabs->count(), 2);
+    QCOMPARE(tabs->widget(0), second);
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+}
+
+void TestTabs::namesDifferingInCaseAreDifferentTabs()
+{
+    QVERIFY(writeProgram(QStringLiteral("Alpha"), "upper\n"));
+    QVERIFY(writeProgram(QStringLiteral("alpha"), "lower\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("Alpha"));
+    window->addTextTab(QStringLiteral("alpha"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "Alpha", "alpha" }));
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("upper\n"));
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("lower\n"));
+
+    QVERIFY(!window->findOpenTab(QStringLiteral("ALPHA")));
+    QVERIFY(!window->alreadyOpen(QStringLiteral("ALPHA")));
+    QCOMPARE(tabs->currentIndex(), 1);
+    QVERIFY(window->findOpenTab(QStringLiteral("Alpha")));
+    QCOMPARE(tabs->currentIndex(), 0);
+    QVERIFY(window->findOpenTab(QStringLiteral("alpha")));
+    QCOMPARE(tabs->currentIndex(), 1);
+
+    window->tabClose(QStringLiteral("ALPHA"));
+    QCOMPARE(tabs->count(), 2);
+    window->tabClose(QStringLiteral("Alpha"));
+    QCOMPARE(tabTitles(tabs), QStringList { "alpha" });
+}
+
+void TestTabs::switchOrLoadGoesToOpensOrIgnores()
+{
+    // Project p lists "a" and "q"; q has no file, so only the project
+    // knows it. c is only in the program list.
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nq.zu\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "q" }));
+    QVERIFY(!itemNamed(programs, QStringLiteral("q")));
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    ModalAnswerer answerer(QMessageBox::Ok);
+
+    // An open program comes forward, its editor ready for typing.
+    variants->clear();
+    window->switchOrLoad(QStringLiteral("a"));
+    QCOMPARE(tabs->currentIndex(), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(QApplication::focusWidget(), static_cast<QWidget *>(editorAt(0)), 2000);
+    QCOMPARE(tabs->count(), 2);
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("a")));
+
+    // A program of the program list opens.
+    window->switchOrLoad(QStringLiteral("c"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    QCOMPARE(tabs->currentIndex(), 2);
+    QCOMPARE(editorAt(2)->toPlainText(), QStringLiteral("gamma\n"));
+    QVERIFY(answerer.shown.isEmpty());
+
+    // A program of the current project opens, file or not.
+    window->switchOrLoad(QStringLiteral("q"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c", "q" }));
+    QCOMPARE(tabs->currentIndex(), 3);
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
+
+    // A name nobody knows does nothing.
+    variants->clear();
+    window->switchOrLoad(QStringLiteral("nowhere"));
+    window->switchOrLoad(QStringLiteral("A"));
+    QCOMPARE(tabs->count(), 4);
+    QCOMPARE(tabs->currentIndex(), 3);
+    QCOMPARE(variants->count(), 0);
+    QCOMPARE(answerer.shown.size(), 1);
+}
+
+void TestTabs::renamedTabSavesUnderNewName()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+
+    // Without tabs there is nothing to rename.
+    window->setEditTabName(QStringLiteral("nothing"));
+    QCOMPARE(window->currTabName(), QString());
+    QCOMPARE(tabs->count(), 0);
+
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    typeInto(0, QStringLiteral("zz"));
+    window->setEditTabName(QStringLiteral("renamed"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "renamed", "b" }));
+    QCOMPARE(window->currTabName(), QStringLiteral("renamed"));
+    QCOMPARE(window->getOpenedList(), (QStringList { "renamed", "b" }));
+    QCOMPARE(editorAt(0)->objectName(), QStringLiteral("renamed"));
+    QVERIFY(window->findOpenTab(QStringLiteral("renamed")));
+    QVERIFY(!window->findOpenTab(QStringLiteral("a")));
+
+    QTest::mouseClick(button("saveProgramButton"), Qt::LeftButton);
+    QCOMPARE(programBytes(QStringLiteral("renamed")), QByteArray("zzalpha\n"));
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("a")));
+}
+
+void TestTabs::saveAsThroughButtonRenamesTab()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    typeInto(0, QStringLiteral("zz"));
+    ModalAnswerer answerer(QMessageBox::Ok, QStringLiteral("copy"));
+
+    QTest::mouseClick(button("saveAsProgramButton"), Qt::LeftButton);
+
+    QCOMPARE(answerer.inputs, 1);
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(tabTitles(tabs), QStringList { "copy" });
+    QCOMPARE(window->currTabName(), QStringLiteral("copy"));
+    QCOMPARE(editorAt(0)->objectName(), QStringLiteral("copy"));
+    QCOMPARE(programBytes(QStringLiteral("copy")), QByteArray("zzalpha\n"));
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(!button("saveProgramButton")->isEnabled());
+}
+
+// ---------------------------------------------------------------------------
+// Requests from the lists and from the host
+
+void TestTabs::editButtonOpensCurrentProgram()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    clickTab(selector, 0);
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("b"));
+    QPushButton *edit = button("editButton");
+    QVERIFY(edit->isEnabled());
+
+    QTest::mouseClick(edit, Qt::LeftButton);
+
+    QCOMPARE(tabTitles(tabs), QStringList { "b" });
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("beta\n"));
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList { "b" } });
+    // The open program cannot be opened a second time from the list.
+    QVERIFY(!edit->isEnabled());
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QVERIFY(edit->isEnabled());
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QCOMPARE(tabTitles(tabs), (QStringList { "b", "a" }));
+    QCOMPARE(tabs->currentIndex(), 1);
+}
+
+void TestTabs::hostMenuOpensProgramOnlyOnce()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(!window->isVisible());
+    ModalAnswerer answerer(QMessageBox::Cancel);
+
+    window->addProgListAndEdit(QStringLiteral("a"));
+    QVERIFY(window->isVisible());
+    QCOMPARE(tabTitles(tabs), QStringList { "a" });
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
+
+    window->addProgListAndEdit(QStringLiteral("b"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabs->currentIndex(), 1);
+
+    // Asked again, the program's tab comes forward.
+    window->addProgListAndEdit(QStringLiteral("a"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
+    QVERIFY(answerer.shown.isEmpty());
+    QVERIFY(!window->findChild<QDialog *>(QStringLiteral("zuporzu")));
+}
+
+void TestTabs::hostMenuOpensProjectPrograms()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
+    QVERIFY(writeFile(QStringLiteral("o.zup"), "c.zu\n"));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
+    QVERIFY(makeWindow());
+    QCOMPARE(projects->currentItem()->text(), QStringLiteral("o"));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "c" });
+
+    window->addProgListAndEdit(QStringLiteral("p"));
+
+    QVERIFY(window->isVisible());
+    QCOMPARE(projects->currentItem()->text(), QStringLiteral("p"));
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QVERIFY(itemNamed(programs, QStringLiteral("p")));
+    QVERIFY(!window->findChild<QDialog *>(QStringLiteral("zuporzu")));
+
+    // Asked again, no program opens twice.
+    window->addProgListAndEdit(QStringLiteral("p"));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+}
+
+void TestTabs::hostMenuUnknownNameAsksAndCreatesProgram()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+
+    window->addProgListAndEdit(QStringLiteral("fresh"));
+
+    // The request returns at once; the question stays open.
+    QVERIFY(window->isVisible());
+    QVERIFY(itemNamed(programs, QStringLiteral("fresh")));
+    QCOMPARE(tabs->count(), 0);
+    QVERIFY(!QFile::exists(QStringLiteral("fresh.zu")));
+    QPointer<QDialog> dialog;
+    QTRY_VERIFY_WITH_TIMEOUT((dialog = window->findChild<QDialog *>(QStringLiteral("zuporzu"))) && dialog->isVisible(),
+                             5000);
+    QVERIFY(dialog->isModal());
+    QTRY_COMPARE_WITH_TIMEOUT(QApplication::activeModalWidget(), static_cast<QWidget *>(dialog.data()), 5000);
+
+    auto *programChoice = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
+    QVERIFY(programChoice);
+    QCOMPARE(programChoice->text(), QStringLiteral("новую программу"));
+    QStyleOptionButton option;
+    option.initFrom(programChoice);
+    const QRect indicator = programChoice->style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option,
+                                                                   programChoice);
+    QTest::mouseClick(programChoice, Qt::LeftButton, Qt::NoModifier, indicator.center());
+    QVERIFY(programChoice->isChecked());
+    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
+    QVERIFY(buttons);
+    QVERIFY(buttons->button(QDialogButtonBox::Ok));
+    QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
+
+    QTRY_VERIFY_WITH_TIMEOUT(!dialog || !dialog->isVisible(), 5000);
+    QVERIFY(QFile::exists(QStringLiteral("fresh.zu")));
+    QCOMPARE(QFileInfo(QStringLiteral("fresh.zu")).size(), qint64(0));
+    QVERIFY(!QFile::exists(QStringLiteral("fresh.zup")));
+    QCOMPARE(tabTitles(tabs), QStringList { "fresh" });
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(editorAt(0)->toPlainText(), QString());
+    QVERIFY(!editorAt(0)->isChanged());
+}
+
+void TestTabs::runReopensRememberedTabs()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
+    QVERIFY(makeWindow());
+    SettingElement opened;
+    opened.key = QStringLiteral("openedlist");
+    opened.value = QStringList { "b", "a" };
+    SettingElement current;
+    current.key = QStringLiteral("openedtab");
+    current.value = QStringLiteral("a");
+    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
+    QCOMPARE(window->storedOpenedList(), (QStringList { "b", "a" }));
+    QCOMPARE(window->storedOpenedTab(), QStringLiteral("a"));
+
+    // The host answers the table request from a thread of its own.
+    HostTables tables({ "op1" }, { "t1" });
+    std::thread host;
+    auto joinHost = qScopeGuard([&host] {
+        if (host.joinable())
+            host.join();
+    });
+    QObject::connect(window, &EditWindow::tablesRequest, this, [&] {
+        host = std::thread([&] { window->tablesAnswer(&tables.operations, &tables.types); });
+    }, Qt::DirectConnection);
+    QSignalSpy requests(window, &EditWindow::tablesRequest);
+    ModalAnswerer answerer(QMessageBox::Ok);
+    variants->clear();
+
+    window->run();
+    if (host.joinable())
+        host.join();
+
+    QCOMPARE(requests.count(), 1);
+    QCOMPARE(tabTitles(tabs), (QStringList { "b", "a" }));
+    QCOMPARE(tabs->currentIndex(), 1);
+    QCOMPARE(window->currTabName(), QStringLiteral("a"));
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("beta\n"));
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("alpha\n"));
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(reported(QStringLiteral("openedlist")),
+             (QList<QVariant> { QStringList { "b" }, QStringList { "b", "a" } }));
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("a")));
+    // The tables were in place before the first tab made the completer.
+    auto *completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(completer);
+    QCOMPARE(qobject_cast<QStringListModel *>(completer->model())->stringList(), (QStringList { "op1", "t1" }));
+    QCOMPARE(completer->widget(), editorAt(1));
+}
+
+void TestTabs::runGivesTabToRememberedProgramWithoutFile()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    SettingElement opened;
+    opened.key = QStringLiteral("openedlist");
+    opened.value = QStringList { "gone", "a" };
+    SettingElement current;
+    current.key = QStringLiteral("openedtab");
+    current.value = QStringLiteral("gone");
+    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
+
+    HostTables tables({ "op1" }, {});
+    std::thread host;
+    auto joinHost = qScopeGuard([&host] {
+        if (host.joinable())
+            host.join();
+    });
+    QObject::connect(window, &EditWindow::tablesRequest, this, [&] {
+        host = std::thread([&] { window->tablesAnswer(&tables.operations, &tables.types); });
+    }, Qt::DirectConnection);
+    ModalAnswerer answerer(QMessageBox::Ok);
+
+    window->run();
+    if (host.joinable())
+        host.join();
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
+    QVERIFY2(answerer.shown.first().text.startsWith(QStringLiteral("gone\n")), qPrintable(answerer.shown.first().text));
+    QCOMPARE(tabTitles(tabs), (QStringList { "gone", "a" }));
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(editorAt(0)->toPlainText(), QString());
+    QVERIFY(!editorAt(0)->isChanged());
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("alpha\n"));
+    QVERIFY(!QFile::exists(QStringLiteral("gone.zu")));
+}
+
+// ---------------------------------------------------------------------------
+// Exit and saving
+
+void TestTabs::canExitWithoutTabsAgrees()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    ModalAnswerer answerer(QMessageBox::Cancel);
+    QVERIFY(window->canExit());
+    QVERIFY(answerer.shown.isEmpty());
+
+    // Unmodified tabs agree without a question as well.
+    window->addTextTab(QStringLiteral("a"));
+    QVERIFY(window->canExit());
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(tabs->count(), 1);
+}
+
+void TestTabs::canExitCancelStopsAtFirstRefusal()
+{
+    for (const char *name : { "a", "b", "c" })
+        QVERIFY(writeProgram(QLatin1String(name), "text\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    for (const char *name : { "a", "b", "c" })
+        window->addTextTab(QLatin1String(name));
+    typeInto(1, QStringLiteral("x"));
+    typeInto(2, QStringLiteral("y"));
+    tabs->setCurrentIndex(0);
+    ModalAnswerer answerer(QMessageBox::Cancel);
+
+    QVERIFY(!window->canExit());
+
+    QCOMPARE(answerer.texts(), QStringList { QStringLiteral("Текст программы b был изменен.\n\nСохранить изменения?") });
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    QVERIFY(editorAt(1)->isChanged());
+    QVERIFY(editorAt(2)->isChanged());
+    for (const char *name : { "a", "b", "c" })
+        QVERIFY2(!writtenSinceCreated(QLatin1String(name)), name);
+}
+
+void TestTabs::canExitDiscardingAsksEveryModifiedTab()
+{
+    for (const char *name : { "a", "b", "c" })
+        QVERIFY(writeProgram(QLatin1String(name), "text\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    for (const char *name : { "a", "b", "c" })
+        window->addTextTab(QLatin1String(name));
+    typeInto(0, QStringLiteral("x"));
+    typeInto(2, QStringLiteral("y"));
+    ModalAnswerer answerer(QMessageBox::No);
+
+    QVERIFY(window->canExit());
+
+    QCOMPARE(answerer.texts(),
+             (QStringList { QStringLiteral("Текст программы a был изменен.\n\nСохранить изменения?"),
+                            QStringLiteral("Текст программы c был изменен.\n\nСохранить изменения?") }));
+    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    for (const char *name : { "a", "b", "c" })
+        QCOMPARE(programBytes(QLatin1String(name)), QByteArray("text\n"));
+}
+
+void TestTabs::saveBeforeRunWithAutoSaveOffSavesNothing()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    SettingElement autoSave;
+    autoSave.key = QStringLiteral("AutoSaveOnExec");
+    autoSave.value = false;
+    plugin->exchangeSettings({ autoSave }, nullptr, nullptr);
+    QVERIFY(!window->isAutoSaveOnExec());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    typeInto(0, QStringLiteral("zz"));
+    ModalAnswerer answerer(QMessageBox::Cancel);
+
+    window->saveFileIfChanged(QStringLiteral("a"));
+
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("a")));
+    QVERIFY(editorAt(0)->isChanged());
+    QVERIFY(button("saveProgramButton")->isEnabled());
+    QVERIFY(answerer.shown.isEmpty());
+}
+
+void TestTabs::saveBeforeRunWithAutoSaveOnSavesNamedProgram()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    SettingElement autoSave;
+    autoSave.key = QStringLiteral("AutoSaveOnExec");
+    autoSave.value = true;
+    plugin->exchangeSettings({ autoSave }, nullptr, nullptr);
+    QVERIFY(window->isAutoSaveOnExec());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    typeInto(0, QStringLiteral("xx"));
+    typeInto(1, QStringLiteral("yy"));
+    ModalAnswerer answerer(QMessageBox::Cancel);
+
+    // "a" is not the current tab: it comes forward and is saved alone.
+    window->saveFileIfChanged(QStringLiteral("a"));
+
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("xxalpha\n"));
+    QVERIFY(!editorAt(0)->isChanged());
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
+    QVERIFY(editorAt(1)->isChanged());
+
+    // A name that is not open saves nothing.
+    window->saveFileIfChanged(QStringLiteral("other"));
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
+    QVERIFY(answerer.shown.isEmpty());
+}
+
+void TestTabs::saveCurrentProgSavesOnlyModifiedCurrent()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    typeInto(0, QStringLiteral("xx"));
+    tabs->setCurrentIndex(1);
+
+    // The current tab is unmodified: nothing is written at all.
+    window->saveCurrentProg();
+    QVERIFY(!writtenSinceCreated(QStringLiteral("a")));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("b")));
+
+    typeInto(1, QStringLiteral("yy"));
+    window->saveCurrentProg();
+    QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("yybeta\n"));
+    QVERIFY(!editorAt(1)->isChanged());
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(editorAt(0)->isChanged());
+}
+
+void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
+{
+    // Project p holds a and b; c and d are outside it.
+    for (const char *name : { "a", "b", "c", "d" })
+        QVERIFY(writeProgram(QLatin1String(name), "text\n"));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
+    for (const char *name : { "a", "b", "c", "d" })
+        window->addTextTab(QLatin1String(name));
+    typeInto(0, QStringLiteral("1"));
+    typeInto(2, QStringLiteral("3"));
+    typeInto(3, QStringLiteral("4"));
+    QCOMPARE(tabs->currentIndex(), 3);
+    ModalAnswerer answerer(QMessageBox::Cancel);
+
+    window->saveAllChangedProgs();
+
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("1text\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("b")));
+    QCOMPARE(programBytes(QStringLiteral("c")), QByteArray("text\n"));
+    QVERIFY(editorAt(2)->isChanged());
+    QCOMPARE(programBytes(QStringLiteral("d")), QByteArray("4text\n"));
+    QVERIFY(!editorAt(0)->isChanged());
+    QVERIFY(!editorAt(3)->isChanged());
+}
+
+ZU_REGISTER_TEST(TestTabs)
+#include "tst_tabs.moc"
