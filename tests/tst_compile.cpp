@@ -1,21 +1,20 @@
 // The host's tables of operations and types, the operation tool-tip
 // exchange, and the compiler console of the editor window.
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QtTest>
 
-#include <atomic>
 #include <thread>
 
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
+#include "testsupport.h"
 #include "textedit.h"
 
 namespace {
@@ -39,45 +38,6 @@ QString tipFor(const QString &name)
 {
     return QStringLiteral("explains ") + name;
 }
-
-// Answers the table request from a thread of its own: once with the real
-// tables, then with empty tables (which only wake the waiter) until told to
-// stop, so that the waiter is woken however late it begins to wait.
-class ThreadedTablesHost
-{
-public:
-    ThreadedTablesHost(EditWindow *window, ARRAY operations, ARRAY types)
-        : window(window), operations(operations), types(types) {}
-    ~ThreadedTablesHost() { finish(); }
-
-    void start()
-    {
-        thread = std::thread([this] {
-            window->tablesAnswer(&operations, &types);
-            ARRAY none = {};
-            while (!stopRequested.load()) {
-                window->tablesAnswer(&none, &none);
-                std::this_thread::yield();
-            }
-        });
-    }
-
-    void finish()
-    {
-        stopRequested.store(true);
-        if (thread.joinable())
-            thread.join();
-    }
-
-    bool started() const { return thread.joinable(); }
-
-private:
-    EditWindow *window;
-    ARRAY operations;
-    ARRAY types;
-    std::atomic<bool> stopRequested { false };
-    std::thread thread;
-};
 
 // Joins a thread however the test function is left.
 struct JoiningThread
@@ -121,21 +81,20 @@ private slots:
     void clearButtonEmptiesConsole();
 
 private:
-    QTemporaryDir tempDir;
+    TempCurrentDir tempDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
 };
 
 void TestCompile::initTestCase()
 {
-    QVERIFY2(tempDir.isValid(), qPrintable(tempDir.errorString()));
-    QVERIFY(QDir::setCurrent(tempDir.path()));
+    QVERIFY2(tempDir.make(), qPrintable(tempDir.errorString()));
+    QVERIFY(tempDir.enter());
 }
 
 void TestCompile::init()
 {
-    plugin = new TextEdit;
-    window = plugin->window();
+    makePlugin(plugin, window);
     QVERIFY(window);
     QVERIFY(window->operationNames().isEmpty());
     QVERIFY(window->typeNames().isEmpty());
@@ -143,11 +102,7 @@ void TestCompile::init()
 
 void TestCompile::cleanup()
 {
-    // The plug-in object does not own its window.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
+    deletePlugin(plugin, window);
 }
 
 void TestCompile::twoOperationRecordsGiveThreeNamesInOrder()
@@ -425,11 +380,10 @@ void TestCompile::runWithTablesFromOtherThreadReturnsEarly()
     types[1].name = "flag";
 
     EditWindow *w = window;
-    ThreadedTablesHost host(w, tableOf(operations), tableOf(types));
+    ThreadedTablesHost host(w, tableOf(operations), tableOf(types), ThreadedTablesHost::AnswerUntilFinished);
     QSignalSpy requests(w, &EditWindow::tablesRequest);
     QVERIFY(requests.isValid());
-    connect(w, &EditWindow::tablesRequest, w, [&host] { host.start(); },
-            Qt::DirectConnection);
+    host.answerRequests();
 
     QElapsedTimer timer;
     timer.start();

@@ -14,7 +14,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
-#include <QStyleOptionButton>
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextBrowser>
@@ -22,29 +21,10 @@
 #include <QTranslator>
 
 #include "progdelete.h"
+#include "testsupport.h"
 #include "zuporzu.h"
 
 namespace {
-
-// Clicks a radio button or check box on its indicator: a wide button's
-// centre may lie beyond its text, where a click does not count.
-void clickIndicator(QAbstractButton *button, QStyle::SubElement indicator)
-{
-    QStyleOptionButton option;
-    option.initFrom(button);
-    const QRect rect = button->style()->subElementRect(indicator, &option, button);
-    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, rect.center());
-}
-
-void clickRadio(QRadioButton *button)
-{
-    clickIndicator(button, QStyle::SE_RadioButtonIndicator);
-}
-
-void clickCheck(QCheckBox *box)
-{
-    clickIndicator(box, QStyle::SE_CheckBoxIndicator);
-}
 
 void clickStandardButton(QWidget *dialog, QDialogButtonBox::StandardButton which)
 {
@@ -64,12 +44,6 @@ QStringList childWidgetNames(const QWidget *dialog)
             names << child->objectName();
     }
     return names;
-}
-
-bool writeFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
 }
 
 // Answers only for one translation context, recording every context asked.
@@ -582,11 +556,11 @@ void TestDialogs::deleteDialogEnablesBoxesOfExistingFiles()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     for (const QString &extension : qAsConst(present))
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + extension)));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + extension), "x"));
     // Another program's and a longer name's files must not count.
     for (const char *extension : extensions) {
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("other") + QLatin1String(extension))));
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog2") + QLatin1String(extension))));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("other") + QLatin1String(extension)), "x"));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog2") + QLatin1String(extension)), "x"));
     }
 
     makeProgDelete(QStringLiteral("prog"), dir.path());
@@ -603,7 +577,7 @@ void TestDialogs::deleteDialogOkWithoutChecksDeletesNothing()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     for (const char *extension : extensions)
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension))));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension)), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     QSignalSpy finished(dialog, &QDialog::finished);
     dialog->show();
@@ -622,8 +596,8 @@ void TestDialogs::deleteDialogOkRemovesExactlyTheCheckedFiles()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     for (const char *extension : extensions) {
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension))));
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("other") + QLatin1String(extension))));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension)), "x"));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("other") + QLatin1String(extension)), "x"));
     }
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     QSignalSpy finished(dialog, &QDialog::finished);
@@ -649,7 +623,7 @@ void TestDialogs::deleteDialogDisablesBoxOfFileRemovedMeanwhile()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     for (const char *extension : extensions)
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension))));
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension)), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     QSignalSpy finished(dialog, &QDialog::finished);
     dialog->show();
@@ -682,14 +656,14 @@ void TestDialogs::deleteDialogEnablesBoxOfFileCreatedMeanwhile()
 {
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
-    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.zu"))));
+    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.zu")), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(dialog));
     QVERIFY(box("execBox"));
     QVERIFY(!box("execBox")->isEnabled());
 
-    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.cp"))));
+    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.cp")), "x"));
 
     QTRY_VERIFY_WITH_TIMEOUT(box("execBox")->isEnabled(), 5000);
     QVERIFY(box("sourceBox")->isEnabled());
@@ -703,7 +677,7 @@ void TestDialogs::deleteDialogKeepsCheckMarkWhileFileIsAway()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     const QString source = dir.filePath(QStringLiteral("prog.zu"));
-    QVERIFY(writeFile(source));
+    QVERIFY(writeFile(source, "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(dialog));
@@ -714,7 +688,7 @@ void TestDialogs::deleteDialogKeepsCheckMarkWhileFileIsAway()
     QTRY_VERIFY_WITH_TIMEOUT(!box("sourceBox")->isEnabled(), 5000);
     QVERIFY(box("sourceBox")->isChecked());
 
-    QVERIFY(writeFile(source));
+    QVERIFY(writeFile(source, "x"));
     QTRY_VERIFY_WITH_TIMEOUT(box("sourceBox")->isEnabled(), 5000);
     QVERIFY(box("sourceBox")->isChecked());
 
@@ -728,9 +702,9 @@ void TestDialogs::deleteDialogUsesTheDirectoryLastFilled()
     QTemporaryDir second;
     QVERIFY(first.isValid());
     QVERIFY(second.isValid());
-    QVERIFY(writeFile(first.filePath(QStringLiteral("prog.zu"))));
-    QVERIFY(writeFile(second.filePath(QStringLiteral("prog.zu"))));
-    QVERIFY(writeFile(second.filePath(QStringLiteral("prog.vn"))));
+    QVERIFY(writeFile(first.filePath(QStringLiteral("prog.zu")), "x"));
+    QVERIFY(writeFile(second.filePath(QStringLiteral("prog.zu")), "x"));
+    QVERIFY(writeFile(second.filePath(QStringLiteral("prog.vn")), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), first.path());
     dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(dialog));
@@ -755,7 +729,7 @@ void TestDialogs::deleteDialogRemovesCheckedFileWhoseBoxIsDisabled()
     QTemporaryDir other;
     QVERIFY(watched.isValid());
     QVERIFY(other.isValid());
-    QVERIFY(writeFile(watched.filePath(QStringLiteral("prog.st"))));
+    QVERIFY(writeFile(watched.filePath(QStringLiteral("prog.st")), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), watched.path());
     dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(dialog));
@@ -766,7 +740,7 @@ void TestDialogs::deleteDialogRemovesCheckedFileWhoseBoxIsDisabled()
     dialog->fillBoxes(other.path());
     QVERIFY(!box("stringsBox")->isEnabled());
     const QString strings = other.filePath(QStringLiteral("prog.st"));
-    QVERIFY(writeFile(strings));
+    QVERIFY(writeFile(strings, "x"));
     QVERIFY(!box("stringsBox")->isEnabled());
     QVERIFY(box("stringsBox")->isChecked());
 
@@ -792,7 +766,7 @@ void TestDialogs::deleteDialogDeletesItselfWhenFinished()
 
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
-    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.zu"))));
+    QVERIFY(writeFile(dir.filePath(QStringLiteral("prog.zu")), "x"));
     ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path());
     QPointer<ProgDelete> pointer(dialog);
     dialog->show();

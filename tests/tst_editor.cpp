@@ -9,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QHBoxLayout>
 #include <QImage>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -21,7 +20,6 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -34,8 +32,10 @@
 
 #include <sys/resource.h>
 
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "linenumberarea.h"
+#include "testsupport.h"
 #include "textedit.h"
 #include "zusourcecode.h"
 
@@ -45,26 +45,10 @@ const int questionTimeout = 5000;
 // How long a question that must not come is given to come anyway.
 const int silenceTimeout = 500;
 
+// The file's bytes, marked when it cannot be read.
 QByteArray readBytes(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray("<unreadable>");
-    return file.readAll();
-}
-
-// Rewrites the file in place (same inode), as an outside editor might.
-bool writeBytes(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return file.write(data) == data.size();
-}
-
-QString u(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
+    return fileBytes(path, "<unreadable>");
 }
 
 QString changedOutsideText(const QString &name)
@@ -88,12 +72,6 @@ QStringList blockTexts(const QTextDocument *document)
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
         texts << block.text();
     return texts;
-}
-
-QStringList dirEntries()
-{
-    return QDir::current().entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                     QDir::Name);
 }
 
 LineNumberArea *gutterOf(ZuSourceCode *editor)
@@ -363,8 +341,7 @@ private:
     // True when no modal box beyond the first `count` shows up for a while.
     bool staysQuiet(int count);
 
-    QString startDir;
-    QTemporaryDir *workDir = nullptr;
+    TempCurrentDir workDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
     ModalAnswerer *answerer = nullptr;
@@ -443,12 +420,7 @@ ZuSourceCode *TestEditor::openTab(const QString &name)
 
 ZuSourceCode *TestEditor::openDirect(const QString &name)
 {
-    auto *page = new QWidget;
-    ownPages << page;
-    auto *layout = new QHBoxLayout(page);
-    auto *editor = new ZuSourceCode(page, name, window, QString());
-    layout->addWidget(editor);
-    return editor;
+    return editorOnOwnPage(name, window, ownPages);
 }
 
 bool TestEditor::showPage(ZuSourceCode *editor, const QSize &size)
@@ -482,7 +454,6 @@ bool TestEditor::staysQuiet(int count)
 
 void TestEditor::initTestCase()
 {
-    startDir = QDir::currentPath();
     previousHandler = qInstallMessageHandler(dropSizeHintNote);
 }
 
@@ -493,31 +464,21 @@ void TestEditor::cleanupTestCase()
 
 void TestEditor::init()
 {
-    workDir = new QTemporaryDir;
-    QVERIFY(workDir->isValid());
-    QVERIFY(QDir::setCurrent(workDir->path()));
+    QVERIFY(workDir.make());
+    QVERIFY(workDir.enter());
     answerer = new ModalAnswerer;
-    plugin = new TextEdit;
-    window = plugin->window();
+    makePlugin(plugin, window);
     QVERIFY(window);
     QVERIFY(tabs());
 }
 
 void TestEditor::cleanup()
 {
-    // The window has no parent and the plug-in object does not delete it.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
-    for (const QPointer<QWidget> &page : qAsConst(ownPages))
-        delete page.data();
-    ownPages.clear();
+    deletePlugin(plugin, window);
+    deleteWidgets(ownPages);
     delete answerer;
     answerer = nullptr;
-    QDir::setCurrent(startDir);
-    delete workDir;
-    workDir = nullptr;
+    workDir.leave();
 }
 
 // ---------------------------------------------------------------------------
@@ -525,7 +486,7 @@ void TestEditor::cleanup()
 
 void TestEditor::constructionSetsFontTabStopsWrapAndName()
 {
-    QVERIFY(writeBytes(QStringLiteral("demo.zu"), "a\tb\n"));
+    QVERIFY(writeFile(QStringLiteral("demo.zu"), "a\tb\n"));
     ZuSourceCode *editor = openDirect(QStringLiteral("demo"));
 
     QCOMPARE(editor->objectName(), QStringLiteral("demo"));
@@ -583,7 +544,7 @@ void TestEditor::savingUnderOwnNameAsksNothing_data()
 void TestEditor::savingUnderOwnNameAsksNothing()
 {
     QFETCH(bool, viaSaveAs);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     editor->moveCursor(QTextCursor::End);
@@ -604,14 +565,14 @@ void TestEditor::savingUnderOwnNameAsksNothing()
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\ndef"));
     QVERIFY(!editor->isChanged());
     QVERIFY(!editor->document()->isModified());
-    QCOMPARE(dirEntries(), QStringList { QStringLiteral("prog.zu") });
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
 }
 
 void TestEditor::savingUnderExistingProgramNameIsRefused()
 {
     const QByteArray otherBytes("other's own text\r\n\xc0\xc1\n");
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
-    QVERIFY(writeBytes(QStringLiteral("other.zu"), otherBytes));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("other.zu"), otherBytes));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("x"));
@@ -649,7 +610,7 @@ void TestEditor::savingUnderExistingProgramNameIsRefused()
 
 void TestEditor::saveAsNewNameRenamesTabAndMovesWatch()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     editor->moveCursor(QTextCursor::End);
@@ -665,21 +626,21 @@ void TestEditor::saveAsNewNameRenamesTabAndMovesWatch()
     QVERIFY(!editor->isChanged());
 
     // The old file is no longer the editor's business; the new one is.
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "changed\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "changed\n"));
     QVERIFY(staysQuiet(1));
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("renamed.zu"), "changed\n"));
+    QVERIFY(writeFile(QStringLiteral("renamed.zu"), "changed\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, changedOutsideText(QStringLiteral("renamed")));
 }
 
 void TestEditor::cancelledSaveAsWritesNothing()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("x"));
-    const QStringList before = dirEntries();
+    const QStringList before = entriesOf();
 
     answerer->plan(cancelInput());
     QString name = QStringLiteral("untouched");
@@ -687,7 +648,7 @@ void TestEditor::cancelledSaveAsWritesNothing()
 
     QCOMPARE(answerer->seen.size(), 1);
     QCOMPARE(answerer->seen.first().className, QStringLiteral("QInputDialog"));
-    QCOMPARE(dirEntries(), before);
+    QCOMPARE(entriesOf(), before);
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
     QVERIFY(editor->isChanged());
     QCOMPARE(editor->objectName(), QStringLiteral("prog"));
@@ -695,11 +656,11 @@ void TestEditor::cancelledSaveAsWritesNothing()
 
 void TestEditor::closeAsNewRefusedWhenNameDialogCancelled()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("x"));
-    const QStringList before = dirEntries();
+    const QStringList before = entriesOf();
 
     answerer->plan(press(QMessageBox::Yes));
     answerer->plan(cancelInput());
@@ -714,7 +675,7 @@ void TestEditor::closeAsNewRefusedWhenNameDialogCancelled()
     QCOMPARE(question.icon, QMessageBox::Warning);
     QCOMPARE(answerer->seen.at(1).className, QStringLiteral("QInputDialog"));
     QCOMPARE(tabs()->count(), 1);
-    QCOMPARE(dirEntries(), before);
+    QCOMPARE(entriesOf(), before);
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
     QVERIFY(editor->isChanged());
 }
@@ -734,7 +695,7 @@ void TestEditor::closingModifiedTabAsksToSave()
     QFETCH(int, answer);
     QFETCH(int, tabsAfter);
     QFETCH(QByteArray, fileAfter);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("x"));
@@ -747,7 +708,7 @@ void TestEditor::closingModifiedTabAsksToSave()
     QVERIFY(answerer->seen.first().planned);
     QCOMPARE(tabs()->count(), tabsAfter);
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), fileAfter);
-    QCOMPARE(dirEntries(), QStringList { QStringLiteral("prog.zu") });
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
 }
 
 void TestEditor::exitAsksOnlyAboutModifiedPrograms_data()
@@ -762,8 +723,8 @@ void TestEditor::exitAsksOnlyAboutModifiedPrograms()
 {
     QFETCH(int, answer);
     QFETCH(bool, mayExit);
-    QVERIFY(writeBytes(QStringLiteral("first.zu"), "1\n"));
-    QVERIFY(writeBytes(QStringLiteral("second.zu"), "2\n"));
+    QVERIFY(writeFile(QStringLiteral("first.zu"), "1\n"));
+    QVERIFY(writeFile(QStringLiteral("second.zu"), "2\n"));
     openTab(QStringLiteral("first"));
     ZuSourceCode *second = openTab(QStringLiteral("second"));
     showWindow();
@@ -809,7 +770,7 @@ void TestEditor::lineEndsLoadAsLinesAndSaveAsLf()
     QFETCH(QByteArray, file);
     QFETCH(QStringList, blocks);
     QFETCH(QByteArray, saved);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), file));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), file));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
 
     QCOMPARE(editor->blockCount(), blocks.size());
@@ -825,7 +786,7 @@ void TestEditor::readErrorShowsBoxAndStopsWatching()
     // Opening this file succeeds, reading it from the start fails.
     if (!QFile::exists(QStringLiteral("/proc/self/mem")))
         QSKIP("needs /proc/self/mem");
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     QVERIFY(QFile::link(QStringLiteral("/proc/self/mem"), QStringLiteral("broken.zu")));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
@@ -839,7 +800,7 @@ void TestEditor::readErrorShowsBoxAndStopsWatching()
     QVERIFY(!answerer->seen.first().parent);
 
     // After a read error nothing is watched, not even the file before.
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "changed\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "changed\n"));
     QVERIFY(staysQuiet(1));
 }
 
@@ -848,7 +809,7 @@ void TestEditor::readErrorShowsBoxAndStopsWatching()
 
 void TestEditor::savingRaisesNoOutsideChangeQuestion()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("x"));
@@ -861,14 +822,14 @@ void TestEditor::savingRaisesNoOutsideChangeQuestion()
 
     // The file is still watched: a change from outside does ask.
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "outside\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
     QCOMPARE(answerer->seen.first().text, changedOutsideText(QStringLiteral("prog")));
 }
 
 void TestEditor::deletedFileAnsweredNoKeepsTabAndStopsWatching()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     answerer->plan(press(QMessageBox::No));
@@ -885,8 +846,8 @@ void TestEditor::deletedFileAnsweredNoKeepsTabAndStopsWatching()
     QCOMPARE(editor->toPlainText(), QStringLiteral("abc\n"));
 
     // Coming back and changing again is no longer noticed.
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "back\n"));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "back again\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "back\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "back again\n"));
     QVERIFY(staysQuiet(1));
     QCOMPARE(tabs()->count(), 1);
     QCOMPARE(editor->toPlainText(), QStringLiteral("abc\n"));
@@ -894,7 +855,7 @@ void TestEditor::deletedFileAnsweredNoKeepsTabAndStopsWatching()
 
 void TestEditor::deletedFileAnsweredYesClosesTab()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     QPointer<ZuSourceCode> editor = openTab(QStringLiteral("prog"));
     QCOMPARE(tabs()->count(), 1);
 
@@ -909,11 +870,11 @@ void TestEditor::deletedFileAnsweredYesClosesTab()
 
 void TestEditor::outsideChangeOnUnmodifiedTextReloadsOnYes()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     answerer->plan(press(QMessageBox::Yes));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "from outside\r\n\xc0\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "from outside\r\n\xc0\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
     const SeenBox box = answerer->seen.first();
     QCOMPARE(box.title, u("ВНИМАНИЕ!"));
@@ -928,14 +889,14 @@ void TestEditor::outsideChangeOnUnmodifiedTextReloadsOnYes()
 
     // Reloading watches the file again.
     answerer->plan(press(QMessageBox::Yes));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "third\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "third\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QTRY_COMPARE_WITH_TIMEOUT(editor->toPlainText(), QStringLiteral("third\n"), questionTimeout);
 }
 
 void TestEditor::outsideChangeOnModifiedTextAsksToSaveUnderNewName()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("mine "));
@@ -943,7 +904,7 @@ void TestEditor::outsideChangeOnModifiedTextAsksToSaveUnderNewName()
     answerer->plan(press(QMessageBox::Yes));
     answerer->plan(press(QMessageBox::Yes));
     answerer->plan(enterName(QStringLiteral("copy")));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "theirs\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "theirs\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 3, questionTimeout);
     QCOMPARE(answerer->seen.at(0).text, changedOutsideText(QStringLiteral("prog")));
     QCOMPARE(answerer->seen.at(1).text, saveChangesText(QStringLiteral("prog")));
@@ -974,43 +935,43 @@ void TestEditor::outsideChangeOnModifiedTextDiscardOrCancel()
     QFETCH(int, answer);
     QFETCH(QString, textAfter);
     QFETCH(bool, modifiedAfter);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("mine "));
 
     answerer->plan(press(QMessageBox::Yes));
     answerer->plan(press(QMessageBox::StandardButton(answer)));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "theirs\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "theirs\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, saveChangesText(QStringLiteral("prog")));
     QTRY_COMPARE_WITH_TIMEOUT(editor->toPlainText(), textAfter, questionTimeout);
     QVERIFY(staysQuiet(2));
     QCOMPARE(editor->isChanged(), modifiedAfter);
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("theirs\n"));
-    QCOMPARE(dirEntries(), QStringList { QStringLiteral("prog.zu") });
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
 
     // Either way the file is watched again.
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "theirs again\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "theirs again\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 3, questionTimeout);
     QCOMPARE(answerer->seen.at(2).text, changedOutsideText(QStringLiteral("prog")));
 }
 
 void TestEditor::outsideChangeAnsweredNoKeepsTextAndWatchesAgain()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "first outside\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "first outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
     QVERIFY(staysQuiet(1));
     QCOMPARE(editor->toPlainText(), QStringLiteral("abc\n"));
     QVERIFY(!editor->isChanged());
 
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "second outside\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "second outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, changedOutsideText(QStringLiteral("prog")));
     QVERIFY(staysQuiet(2));
@@ -1020,7 +981,7 @@ void TestEditor::outsideChangeAnsweredNoKeepsTextAndWatchesAgain()
 
 void TestEditor::quickSuccessiveWritesRaiseOneQuestion()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     // The second write lands while the question about the first is open;
@@ -1029,12 +990,12 @@ void TestEditor::quickSuccessiveWritesRaiseOneQuestion()
     Reply reply = press(QMessageBox::Yes);
     reply.whenShown = [probe] {
         *probe = std::make_unique<ChangeProbe>(QStringLiteral("prog.zu"));
-        writeBytes(QStringLiteral("prog.zu"), "second write\n");
+        writeFile(QStringLiteral("prog.zu"), "second write\n");
     };
     reply.answerWhen = [probe] { return *probe && (*probe)->fired; };
     answerer->plan(reply);
 
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "first write\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "first write\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
     QTRY_COMPARE_WITH_TIMEOUT(answerer->pending(), 0, questionTimeout);
     QVERIFY(*probe && (*probe)->fired);
@@ -1045,7 +1006,7 @@ void TestEditor::quickSuccessiveWritesRaiseOneQuestion()
 
 void TestEditor::deletionDuringChangeQuestionIsAskedAfterwards()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     auto probe = std::make_shared<std::unique_ptr<ChangeProbe>>();
@@ -1058,7 +1019,7 @@ void TestEditor::deletionDuringChangeQuestionIsAskedAfterwards()
     answerer->plan(reply);
     answerer->plan(press(QMessageBox::No));
 
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "changed\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "changed\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QVERIFY(*probe && (*probe)->fired);
     QCOMPARE(answerer->seen.at(0).text, changedOutsideText(QStringLiteral("prog")));
@@ -1074,7 +1035,7 @@ void TestEditor::deletionDuringChangeQuestionIsAskedAfterwards()
 
 void TestEditor::buttonsFollowEditingState()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QPushButton *save = button("saveProgramButton");
@@ -1168,7 +1129,7 @@ void TestEditor::everyWindows1251ByteRoundTrips()
             bytes += char(c);
     }
     bytes += "\ttab\t\n";
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), bytes));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), bytes));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
 
     const QString text = editor->document()->toRawText();
@@ -1220,7 +1181,7 @@ void TestEditor::byteOrderMarkBytesStayLetters()
     QFETCH(QByteArray, head);
     QFETCH(QString, letters);
     const QByteArray bytes = head + QByteArray("abc\n\xc0\xe1\n");
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), bytes));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), bytes));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
 
     QCOMPARE(editor->document()->firstBlock().text(), letters + QStringLiteral("abc"));
@@ -1247,7 +1208,7 @@ void TestEditor::binaryFileSurvivesExceptLineEnds()
     expected.replace("\r\n", "\n");
     expected.replace('\r', '\n');
 
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), bytes));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), bytes));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
     QCOMPARE(editor->blockCount(), expected.count('\n') + 1);
     QVERIFY(editor->toSave());
@@ -1276,7 +1237,7 @@ void TestEditor::largeFileLoadsAndSavesBack()
         bytes += QByteArray::number(++count);
         bytes += ": \xc2\xf1\xe5\xec \xef\xf0\xe8\xe2\xe5\xf2 the quick brown fox jumps over the lazy dog\n";
     }
-    QVERIFY(writeBytes(QStringLiteral("big.zu"), bytes));
+    QVERIFY(writeFile(QStringLiteral("big.zu"), bytes));
 
     QElapsedTimer clock;
     clock.start();
@@ -1299,7 +1260,7 @@ void TestEditor::failedWriteKeepsOldFileAndModifiedState()
 {
     QByteArray old(5000, 'o');
     old += '\n';
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), old));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), old));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
     QTest::keyClicks(editor, QStringLiteral("new "));
@@ -1324,7 +1285,7 @@ void TestEditor::failedWriteKeepsOldFileAndModifiedState()
     QVERIFY(!answerer->seen.first().parent);
 
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), old);
-    QCOMPARE(dirEntries(), QStringList { QStringLiteral("prog.zu") });
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
     QVERIFY(editor->isChanged());
     QVERIFY(editor->document()->isModified());
     QVERIFY(save->isEnabled());
@@ -1332,7 +1293,7 @@ void TestEditor::failedWriteKeepsOldFileAndModifiedState()
 
     // The file is still watched as before.
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), old + "outside\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), old + "outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, changedOutsideText(QStringLiteral("prog")));
 
@@ -1352,7 +1313,7 @@ void TestEditor::savingKeepsPermissions_data()
 void TestEditor::savingKeepsPermissions()
 {
     QFETCH(int, permissions);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     QVERIFY(QFile::setPermissions(QStringLiteral("prog.zu"), QFileDevice::Permissions(permissions)));
     const QFileDevice::Permissions before = QFile::permissions(QStringLiteral("prog.zu"));
     QVERIFY(before & QFileDevice::Permissions(permissions));
@@ -1368,7 +1329,7 @@ void TestEditor::savingKeepsPermissions()
 void TestEditor::savingThroughSymlinkKeepsLink()
 {
     QVERIFY(QDir::current().mkdir(QStringLiteral("store")));
-    QVERIFY(writeBytes(QStringLiteral("store/real.txt"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("store/real.txt"), "abc\n"));
     QVERIFY(QFile::link(QStringLiteral("store/real.txt"), QStringLiteral("prog.zu")));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
@@ -1380,13 +1341,13 @@ void TestEditor::savingThroughSymlinkKeepsLink()
     QVERIFY(link.isSymLink());
     QCOMPARE(link.symLinkTarget(), QFileInfo(QStringLiteral("store/real.txt")).absoluteFilePath());
     QCOMPARE(readBytes(QStringLiteral("store/real.txt")), QByteArray("xabc\n"));
-    QCOMPARE(dirEntries(), (QStringList { QStringLiteral("prog.zu"), QStringLiteral("store") }));
+    QCOMPARE(entriesOf(), (QStringList { QStringLiteral("prog.zu"), QStringLiteral("store") }));
     QCOMPARE(QDir(QStringLiteral("store")).entryList(QDir::Files), QStringList { QStringLiteral("real.txt") });
 }
 
 void TestEditor::openFailureOnSaveKeepsWatch()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "abc\n"));
     QVERIFY(QDir::current().mkdir(QStringLiteral("dir.zu")));
     ZuSourceCode *editor = openTab(QStringLiteral("prog"));
     showWindow();
@@ -1401,13 +1362,13 @@ void TestEditor::openFailureOnSaveKeepsWatch()
     QCOMPARE(answerer->seen.first().icon, QMessageBox::Critical);
     QVERIFY(QFileInfo(QStringLiteral("dir.zu")).isDir());
     QVERIFY(QDir(QStringLiteral("dir.zu")).isEmpty());
-    QCOMPARE(dirEntries(), (QStringList { QStringLiteral("dir.zu"), QStringLiteral("prog.zu") }));
+    QCOMPARE(entriesOf(), (QStringList { QStringLiteral("dir.zu"), QStringLiteral("prog.zu") }));
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
     QVERIFY(editor->isChanged());
     QVERIFY(button("saveProgramButton")->isEnabled());
 
     answerer->plan(press(QMessageBox::No));
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), "outside\n"));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), "outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, changedOutsideText(QStringLiteral("prog")));
 }
@@ -1430,7 +1391,7 @@ void TestEditor::gutterWidthFollowsDigitCount_data()
 void TestEditor::gutterWidthFollowsDigitCount()
 {
     QFETCH(int, lineCount);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), lines(lineCount).toLatin1()));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(lineCount).toLatin1()));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
     QVERIFY(showPage(editor, QSize(400, 300)));
     QCOMPARE(editor->blockCount(), qMax(1, lineCount));
@@ -1447,7 +1408,7 @@ void TestEditor::gutterWidthFollowsDigitCount()
 
 void TestEditor::gutterWidensAndNarrowsAtTenLines()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), lines(9).toLatin1()));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(9).toLatin1()));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
     QVERIFY(showPage(editor, QSize(400, 300)));
     const int digit = editor->fontMetrics().horizontalAdvance(QLatin1Char('9'));
@@ -1482,7 +1443,7 @@ void TestEditor::gutterPaintsNumbersOnGray_data()
 void TestEditor::gutterPaintsNumbersOnGray()
 {
     QFETCH(int, lineCount);
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), lines(lineCount).toLatin1()));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(lineCount).toLatin1()));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
     QVERIFY(showPage(editor, QSize(400, 300)));
     LineNumberArea *gutter = gutterOf(editor);
@@ -1522,7 +1483,7 @@ void TestEditor::gutterPaintsNumbersOnGray()
 
 void TestEditor::gutterScrollsWithText()
 {
-    QVERIFY(writeBytes(QStringLiteral("prog.zu"), lines(200).toLatin1()));
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(200).toLatin1()));
     ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
     QVERIFY(showPage(editor, QSize(300, 200)));
     LineNumberArea *gutter = gutterOf(editor);

@@ -3,13 +3,9 @@
 // every rule's pattern over every line.
 
 #include <QAbstractTextDocumentLayout>
-#include <QDir>
-#include <QFile>
-#include <QHBoxLayout>
 #include <QPlainTextDocumentLayout>
 #include <QPointer>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextCodec>
 #include <QTextCursor>
@@ -19,21 +15,18 @@
 
 #include <memory>
 
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "fixedpattern.h"
 #include "patternstart.h"
 #include "referencesyntaxer.h"
 #include "syntaxer.h"
+#include "testsupport.h"
 #include "textedit.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
 
 namespace {
-
-QString u(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
 
 // The formats of a block's characters, one per character.
 QVector<QTextCharFormat> characterFormats(const QTextBlock &block)
@@ -175,15 +168,13 @@ private:
     void compareWithReference(const QString &text, const QStringList &operations,
                               const QStringList &types);
 
-    QString startDir;
-    QTemporaryDir *workDir = nullptr;
+    TempCurrentDir workDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
     QList<QPointer<QWidget>> pages;
     int editorCount = 0;
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -230,20 +221,9 @@ ZuSourceCode *TestHighlight::openEditor(const QString &text)
     QTextCodec *codec = QTextCodec::codecForName("windows-1251");
     if (!codec || !codec->canEncode(text))
         return nullptr;
-    QFile file(name + QStringLiteral(".zu"));
-    if (!file.open(QIODevice::WriteOnly))
+    if (!writeFile(name + QStringLiteral(".zu"), codec->fromUnicode(text)))
         return nullptr;
-    const QByteArray bytes = codec->fromUnicode(text);
-    if (file.write(bytes) != bytes.size())
-        return nullptr;
-    file.close();
-
-    auto *page = new QWidget;
-    pages << page;
-    auto *layout = new QHBoxLayout(page);
-    auto *editor = new ZuSourceCode(page, name, window, QString());
-    layout->addWidget(editor);
-    return editor;
+    return editorOnOwnPage(name, window, pages);
 }
 
 ZuSourceCode *TestHighlight::highlighted(const QString &text, QStringList operations,
@@ -287,34 +267,19 @@ void TestHighlight::compareWithReference(const QString &text, const QStringList 
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
 }
 
-void TestHighlight::initTestCase()
-{
-    startDir = QDir::currentPath();
-}
-
 void TestHighlight::init()
 {
-    workDir = new QTemporaryDir;
-    QVERIFY(workDir->isValid());
-    QVERIFY(QDir::setCurrent(workDir->path()));
-    plugin = new TextEdit;
-    window = plugin->window();
+    QVERIFY(workDir.make());
+    QVERIFY(workDir.enter());
+    makePlugin(plugin, window);
     QVERIFY(window);
 }
 
 void TestHighlight::cleanup()
 {
-    for (const QPointer<QWidget> &page : qAsConst(pages))
-        delete page.data();
-    pages.clear();
-    // The window has no parent and the plug-in object does not delete it.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
-    QDir::setCurrent(startDir);
-    delete workDir;
-    workDir = nullptr;
+    deleteWidgets(pages);
+    deletePlugin(plugin, window);
+    workDir.leave();
 }
 
 // ---------------------------------------------------------------------------

@@ -19,6 +19,7 @@
 #include "pluginhost.h"
 #include "settingsdialog.h"
 #include "settingsstore.h"
+#include "testsupport.h"
 
 namespace {
 
@@ -58,15 +59,6 @@ QVariantList fields(const SettingElement &element)
 {
     return {element.key, element.value, int(element.type), element.description,
             element.range, element.step, element.help, element.extra};
-}
-
-int indexOfKey(const SettingsList &list, const QString &key)
-{
-    for (int i = 0; i < list.size(); ++i) {
-        if (list.at(i).key == key)
-            return i;
-    }
-    return -1;
 }
 
 QVariant storedValue(const SettingsStore &store, const QString &key)

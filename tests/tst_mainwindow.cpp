@@ -23,19 +23,18 @@
 #include <QRadioButton>
 #include <QStatusBar>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTextCodec>
 #include <QTextDocument>
 #include <QTimer>
 
-#include <thread>
-
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
 #include "iconbuttonstyle.h"
 #include "searchreplace.h"
-#include "testrunner.h"
 #include "seginterfaces.h"
+#include "testrunner.h"
+#include "testsupport.h"
 #include "textedit.h"
 
 namespace {
@@ -189,14 +188,6 @@ QStringList searchKeys()
     return keys;
 }
 
-QStringList comboItems(const QComboBox *box)
-{
-    QStringList items;
-    for (int i = 0; i < box->count(); ++i)
-        items << box->itemText(i);
-    return items;
-}
-
 // The list-row buttons, in the order the three rows hold them.
 const char *const listRowButtons[] = {
     "newProgButton", "editButton", "renameButton", "addprjButton", "delProgButton",
@@ -238,8 +229,7 @@ private:
     QMap<QString, bool> pushButtonStates() const;
     void showWindow();
 
-    QTemporaryDir workDir;
-    QString startDir;
+    TempCurrentDir workDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
 
@@ -370,30 +360,24 @@ void TestMainWindow::showWindow()
 void TestMainWindow::initTestCase()
 {
     // The window lists the current directory: give it an empty one of its own.
-    QVERIFY(workDir.isValid());
-    startDir = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(workDir.path()));
+    QVERIFY(workDir.make());
+    QVERIFY(workDir.enter());
 }
 
 void TestMainWindow::cleanupTestCase()
 {
-    QDir::setCurrent(startDir);
+    workDir.leave();
 }
 
 void TestMainWindow::init()
 {
-    plugin = new TextEdit;
-    window = plugin->window();
+    makePlugin(plugin, window);
     QVERIFY(window);
 }
 
 void TestMainWindow::cleanup()
 {
-    // The window has no parent and the plug-in object does not delete it.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
+    deletePlugin(plugin, window);
 }
 
 // ---------------------------------------------------------------------------
@@ -1263,26 +1247,16 @@ void TestMainWindow::runWithAnswerFromAnotherThreadReturnsPromptly()
     ARRAY operationTable { operations, 0, operations + 2 };
     ARRAY typeTable { types, 0, types + 2 };
 
-    std::thread host;
     int requests = 0;
-    EditWindow *const w = window;
-    connect(window, &EditWindow::tablesRequest, window, [&] {
-        ++requests;
-        host = std::thread([w, &operationTable, &typeTable] {
-            // The window's one mutex is held by run() until its wait begins;
-            // getOperToolTip takes that mutex, so once it returns the answer
-            // below cannot be lost before the wait.
-            w->getOperToolTip(QString());
-            w->tablesAnswer(&operationTable, &typeTable);
-        });
-    }, Qt::DirectConnection);
+    connect(window, &EditWindow::tablesRequest, window, [&requests] { ++requests; }, Qt::DirectConnection);
+    ThreadedTablesHost host(window, operationTable, typeTable, ThreadedTablesHost::AnswerAfterWaitBegins);
+    host.answerRequests();
 
     QElapsedTimer timer;
     timer.start();
     window->run();
     const qint64 elapsed = timer.elapsed();
-    if (host.joinable())
-        host.join();
+    host.finish();
 
     QCOMPARE(requests, 1);
     QVERIFY2(elapsed < 1500, qPrintable(QStringLiteral("run() took %1 ms").arg(elapsed)));
@@ -1303,13 +1277,7 @@ void TestMainWindow::runWithoutAnswerWaitsTwoSecondsAndReopensPrograms()
         QFile::remove(QStringLiteral("first.zu"));
         QFile::remove(QStringLiteral("second.zu"));
     });
-    SettingElement opened;
-    opened.key = QStringLiteral("openedlist");
-    opened.value = QStringList { "first", "second" };
-    SettingElement current;
-    current.key = QStringLiteral("openedtab");
-    current.value = QStringLiteral("first");
-    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
+    rememberOpenedTabs(plugin, QStringList { "first", "second" }, QStringLiteral("first"));
     QSignalSpy requestSpy(window, &EditWindow::tablesRequest);
 
     QElapsedTimer timer;
@@ -1497,7 +1465,7 @@ void TestMainWindow::storeSearchSettingsPutsNewTextFirst()
     window->storeSearchSettings();
 
     const QStringList expected { "delta", "alpha", "beta" };
-    QCOMPARE(comboItems(box), expected);
+    QCOMPARE(itemTexts(box), expected);
     QCOMPARE(recorder.keys(), searchKeys());
     QCOMPARE(recorder.emissions[4 + field].value.toStringList(), expected);
 }
@@ -1525,7 +1493,7 @@ void TestMainWindow::storeSearchSettingsKeepsReusedTextInPlace()
     EmissionRecorder recorder(window);
     window->storeSearchSettings();
 
-    QCOMPARE(comboItems(box), items);
+    QCOMPARE(itemTexts(box), items);
     QCOMPARE(recorder.keys(), searchKeys());
     QCOMPARE(recorder.emissions[4 + field].value.toStringList(), items);
 }
@@ -1551,7 +1519,7 @@ void TestMainWindow::storeSearchSettingsMatchesCaseExactly()
     window->storeSearchSettings();
 
     const QStringList expected { "alpha", "Alpha", "beta" };
-    QCOMPARE(comboItems(box), expected);
+    QCOMPARE(itemTexts(box), expected);
     QCOMPARE(recorder.emissions.size(), 6);
     QCOMPARE(recorder.emissions[4 + field].value.toStringList(), expected);
 }
@@ -1586,7 +1554,7 @@ void TestMainWindow::storeSearchSettingsDropsOldestOfTwenty()
     expected.removeLast();
     expected.prepend(QStringLiteral("fresh"));
     QCOMPARE(box->count(), 20);
-    QCOMPARE(comboItems(box), expected);
+    QCOMPARE(itemTexts(box), expected);
     QCOMPARE(recorder.keys(), searchKeys());
     QCOMPARE(recorder.emissions[4 + field].value.toStringList(), expected);
 }

@@ -18,6 +18,7 @@
 #include "plugindescriptor.h"
 #include "plugininterface.h"
 #include "seginterfaces.h"
+#include "testsupport.h"
 
 Q_DECLARE_METATYPE(SettingsList)
 Q_DECLARE_METATYPE(SEGINTERFACES *)
@@ -64,15 +65,6 @@ SettingElement hostElement(const QString &key, const QVariant &value)
     element.value = value;
     element.type = QVariant::Type(value.type());
     return element;
-}
-
-int indexOfKey(const SettingsList &list, const QString &key)
-{
-    for (int i = 0; i < list.size(); ++i) {
-        if (list.at(i).key == key)
-            return i;
-    }
-    return -1;
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 
 #include <QtTest>
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDateTime>
@@ -21,28 +20,21 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
-#include <QScopedPointer>
 #include <QSignalSpy>
-#include <QStyle>
-#include <QStyleOptionButton>
-#include <QTabBar>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QToolTip>
 
+#include "boxanswerer.h"
 #include "editwindow.h"
 #include "settingelement.h"
 #include "testrunner.h"
+#include "testsupport.h"
 #include "textedit.h"
+#include "windowfixture.h"
 
 Q_DECLARE_METATYPE(QListWidgetItem *)
 
 namespace {
-
-// Waits on the directory watcher get a generous limit: a loaded machine may
-// be slow to deliver the notification.
-const int watcherTimeout = 10000;
 
 const QString placeholderText = QStringLiteral("Задайте имя");
 const QString attentionTitle = QStringLiteral("ВНИМАНИЕ!");
@@ -51,96 +43,6 @@ QString takenText(const QString &kind, const QString &name)
 {
     return kind + QStringLiteral(" с именем ") + name
            + QStringLiteral(" уже существует.\nНеобходимо создавать с другим именем.");
-}
-
-QStringList itemTexts(const QListWidget *list)
-{
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row)
-        texts << list->item(row)->text();
-    return texts;
-}
-
-// Everything a directory holds, hidden entries included.
-QStringList entriesOf(const QString &path)
-{
-    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                QDir::Name);
-}
-
-bool writeFile(const QString &path, const QByteArray &data = QByteArray())
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    return file.write(data) == data.size();
-}
-
-QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
-{
-    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
-    return found.isEmpty() ? nullptr : found.first();
-}
-
-QPoint itemCenter(QListWidget *list, QListWidgetItem *item)
-{
-    list->scrollToItem(item);
-    return list->visualItemRect(item).center();
-}
-
-void clickItem(QListWidget *list, QListWidgetItem *item)
-{
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, itemCenter(list, item));
-}
-
-// A real double click: press, release, the double-click event, release.
-void doubleClickItem(QListWidget *list, QListWidgetItem *item)
-{
-    const QPoint pos = itemCenter(list, item);
-    QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseDClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-}
-
-void clickTab(QTabWidget *tabs, int index)
-{
-    QTabBar *bar = tabs->tabBar();
-    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
-}
-
-// The in-place editor a list has open: the visible line edit in its
-// viewport (a closed one lingers hidden until it is deleted).
-QLineEdit *openEditor(const QListWidget *list)
-{
-    const QList<QLineEdit *> editors = list->viewport()->findChildren<QLineEdit *>();
-    for (QLineEdit *editor : editors) {
-        if (editor->isVisible())
-            return editor;
-    }
-    return nullptr;
-}
-
-// Types text as keystrokes, one character (code point) per key.
-void typeText(QLineEdit *editor, const QString &text)
-{
-    for (int i = 0; i < text.size(); ++i) {
-        QString character(text.at(i));
-        if (text.at(i).isHighSurrogate() && i + 1 < text.size())
-            character += text.at(++i);
-        if (character.size() == 1 && character.at(0).unicode() > 0x20 && character.at(0).unicode() < 0x7f)
-            QTest::keyClick(editor, character.at(0).toLatin1());
-        else
-            QTest::sendKeyEvent(QTest::Click, editor, Qt::Key_unknown, character, Qt::NoModifier);
-    }
-}
-
-// Selects the editor's text, erases it and types the name.
-void replaceText(QLineEdit *editor, const QString &name)
-{
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClick(editor, Qt::Key_Backspace);
-    typeText(editor, name);
 }
 
 // Return commits the name; the item delegate commits and closes the editor
@@ -161,15 +63,6 @@ void hoverItem(QListWidget *list, QListWidgetItem *item)
     QTest::mouseMove(list->viewport(), center);
 }
 
-// Lets notifications that are already queued (the directory watcher's among
-// them) be delivered before the next step.
-void deliverPending()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-}
-
 QString canonical(const QString &path)
 {
     return QFileInfo(path).canonicalFilePath();
@@ -187,60 +80,9 @@ QString expectedToolTip(const QString &fileName)
         .join(QLatin1Char('\n'));
 }
 
-// ---------------------------------------------------------------------------
-// Answers every message box that becomes the active modal widget, from a
-// timer, and remembers what it showed.
-
-struct ShownBox
-{
-    QString title;
-    QString text;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QMessageBox::StandardButtons buttons;
-};
-
-class BoxAnswerer
-{
-public:
-    explicit BoxAnswerer(QMessageBox::StandardButton answer)
-        : answer(answer)
-    {
-        QObject::connect(&timer, &QTimer::timeout, [this] { poll(); });
-        timer.start(10);
-    }
-
-    QVector<ShownBox> shown;
-
-private:
-    void poll()
-    {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible() || box == answered)
-            return;
-        answered = box;
-        ShownBox seen;
-        seen.title = box->windowTitle();
-        seen.text = box->text();
-        seen.icon = box->icon();
-        seen.buttons = box->standardButtons();
-        shown << seen;
-        QAbstractButton *button = box->button(answer);
-        if (!button && !box->buttons().isEmpty())
-            button = box->buttons().first();
-        if (button)
-            QTest::mouseClick(button, Qt::LeftButton);
-        else
-            box->close();
-    }
-
-    QMessageBox::StandardButton answer;
-    QPointer<QMessageBox> answered;
-    QTimer timer;
-};
-
 } // namespace
 
-class TestProgramList : public QObject
+class TestProgramList : public QObject, protected WindowFixture
 {
     Q_OBJECT
 
@@ -293,80 +135,45 @@ private slots:
 
 private:
     bool openWindow();
-    QPushButton *button(const char *name) const;
     void oddNameColumns();
 
-    QScopedPointer<QTemporaryDir> tempDir;
-    QString previousDir;
-    TextEdit *plugin = nullptr;
-    EditWindow *window = nullptr;
-    QListWidget *programs = nullptr;
-    QListWidget *projects = nullptr;
-    QListWidget *projectPrograms = nullptr;
-    QTabWidget *selector = nullptr;
-    QTabWidget *tabs = nullptr;
     QGroupBox *projectBox = nullptr;
 };
 
 void TestProgramList::init()
 {
     qRegisterMetaType<QListWidgetItem *>();
-    previousDir = QDir::currentPath();
-    tempDir.reset(new QTemporaryDir);
-    QVERIFY(tempDir->isValid());
+    QVERIFY(tempDir.make());
     // The window lists the current directory when it is made and watches it.
-    QVERIFY(QDir::setCurrent(tempDir->path()));
+    QVERIFY(tempDir.enter());
 }
 
 void TestProgramList::cleanup()
 {
     QToolTip::hideText();
-    // The window has no parent and the plug-in object does not delete it.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
-    programs = projects = projectPrograms = nullptr;
-    selector = tabs = nullptr;
+    deletePluginWindow();
     projectBox = nullptr;
-    QDir::setCurrent(previousDir);
-    tempDir.reset();
+    tempDir.leave();
 }
 
 // Makes the window in the current directory, shows and activates it.
 bool TestProgramList::openWindow()
 {
-    plugin = new TextEdit;
-    window = plugin->window();
-    if (!window)
+    if (!makePluginWindow())
         return false;
-    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
-    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
-    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
-    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
-    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
     projectBox = window->findChild<QGroupBox *>(QStringLiteral("currProjBox"));
-    if (!programs || !projects || !projectPrograms || !selector || !tabs || !projectBox)
+    if (!projectBox)
         return false;
     for (const char *name : { "newProgButton", "editButton", "renameButton", "addprjButton", "delProgButton",
                               "newprjButton", "delprjButton" }) {
         if (!button(name))
             return false;
     }
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window))
-        return false;
-    window->activateWindow();
-    if (!QTest::qWaitForWindowActive(window))
+    if (!showAndActivate(window))
         return false;
     // The window opens on the projects page; the user turns to the programs.
     clickTab(selector, 0);
     return selector->currentIndex() == 0 && programs->isVisible();
-}
-
-QPushButton *TestProgramList::button(const char *name) const
-{
-    return window->findChild<QPushButton *>(QLatin1String(name));
 }
 
 // ---------------------------------------------------------------------------
@@ -737,7 +544,7 @@ void TestProgramList::newProgramWithOddName()
 
     // <temp>/progs is the programs directory; it has a subdirectory "a", so
     // that "a/b" would succeed if it were taken as a path.
-    const QString root = tempDir->path();
+    const QString root = tempDir.path();
     name.replace(QLatin1String(rootToken), root);
     const QString progs = root + QStringLiteral("/progs");
     QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
@@ -955,7 +762,7 @@ void TestProgramList::renameToOddName()
     QFETCH(bool, listChecked);
     QFETCH(QStringList, expectedList);
 
-    const QString root = tempDir->path();
+    const QString root = tempDir.path();
     name.replace(QLatin1String(rootToken), root);
     const QString progs = root + QStringLiteral("/progs");
     QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
@@ -1150,7 +957,7 @@ void TestProgramList::deletingProgramRemovesCheckedFiles()
         QVERIFY(writeFile(QLatin1String(name)));
     QVERIFY(openWindow());
     // The host announces the programs directory before the user works.
-    window->newSettingsProgramsDir(QString(), tempDir->path());
+    window->newSettingsProgramsDir(QString(), tempDir.path());
     QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
 
     clickItem(programs, itemNamed(programs, QStringLiteral("a")));
@@ -1170,10 +977,7 @@ void TestProgramList::deletingProgramRemovesCheckedFiles()
     QVERIFY(stringsBox->isEnabled());
     QVERIFY(!varnamesBox->isEnabled());
 
-    QStyleOptionButton option;
-    option.initFrom(sourceBox);
-    const QRect indicator = sourceBox->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, sourceBox);
-    QTest::mouseClick(sourceBox, Qt::LeftButton, Qt::NoModifier, indicator.center());
+    clickCheck(sourceBox);
     QVERIFY(sourceBox->isChecked());
     QVERIFY(!stringsBox->isChecked());
     QTest::mouseClick(buttonBox->button(QDialogButtonBox::Ok), Qt::LeftButton);
@@ -1214,7 +1018,7 @@ void TestProgramList::hoverShowsFileDetails()
     QTRY_COMPARE(enteredProject.count(), 1);
     QTRY_COMPARE(QToolTip::text(), expectedToolTip(QStringLiteral("p.zup")));
     QCOMPARE(QToolTip::text().section(QLatin1Char('\n'), 0, 0),
-             QDir(tempDir->path()).absoluteFilePath(QStringLiteral("p.zup")));
+             QDir(tempDir.path()).absoluteFilePath(QStringLiteral("p.zup")));
 
     // A program.
     clickTab(selector, 0);
@@ -1240,7 +1044,7 @@ void TestProgramList::newProgramsDirFromHostRefillsLists()
 {
     QVERIFY(writeFile(QStringLiteral("a.zu")));
     QVERIFY(writeFile(QStringLiteral("a.zup")));
-    const QString other = tempDir->path() + QStringLiteral("/other");
+    const QString other = tempDir.path() + QStringLiteral("/other");
     QVERIFY(QDir().mkpath(other));
     QVERIFY(writeFile(other + QStringLiteral("/o1.zu")));
     QVERIFY(writeFile(other + QStringLiteral("/o2.zu")));
@@ -1267,7 +1071,7 @@ void TestProgramList::newProgramsDirFromHostRefillsLists()
 void TestProgramList::programsDirSettingRefillsLists()
 {
     QVERIFY(writeFile(QStringLiteral("a.zu")));
-    const QString other = tempDir->path() + QStringLiteral("/other");
+    const QString other = tempDir.path() + QStringLiteral("/other");
     QVERIFY(QDir().mkpath(other));
     QVERIFY(writeFile(other + QStringLiteral("/o1.zu")));
     QVERIFY(writeFile(other + QStringLiteral("/op.zup")));

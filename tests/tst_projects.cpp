@@ -6,8 +6,6 @@
 #include <QtTest>
 
 #include <QAbstractButton>
-#include <QApplication>
-#include <QDateTime>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -19,35 +17,27 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRandomGenerator>
 #include <QScopedPointer>
 #include <QSignalSpy>
-#include <QStyle>
-#include <QStyleOptionButton>
-#include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextCodec>
-#include <QTimer>
 #include <QToolTip>
 
-#include <functional>
-
+#include "boxanswerer.h"
 #include "editwindow.h"
 #include "testrunner.h"
+#include "testsupport.h"
 #include "textedit.h"
+#include "windowfixture.h"
 #include "zusourcecode.h"
 
 Q_DECLARE_METATYPE(QListWidgetItem *)
 
 namespace {
-
-// Waits on the directory watcher get a generous limit: a loaded machine may
-// be slow to deliver the notification.
-const int watcherTimeout = 10000;
 
 const QString placeholderText = QStringLiteral("Задайте имя");
 const QString attentionTitle = QStringLiteral("ВНИМАНИЕ!");
@@ -64,143 +54,6 @@ QString removeQuestion(const QString &program)
 // "программа" and "проект" in windows-1251.
 const QByteArray programCp1251("\xef\xf0\xee\xe3\xf0\xe0\xec\xec\xe0");
 const QByteArray projectCp1251("\xef\xf0\xee\xe5\xea\xf2");
-
-QStringList itemTexts(const QListWidget *list)
-{
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row)
-        texts << list->item(row)->text();
-    return texts;
-}
-
-QStringList tabTexts(const QTabWidget *tabs)
-{
-    QStringList texts;
-    for (int i = 0; i < tabs->count(); ++i)
-        texts << tabs->tabText(i);
-    return texts;
-}
-
-// Everything a directory holds, hidden entries included.
-QStringList entriesOf(const QString &path)
-{
-    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                QDir::Name);
-}
-
-bool writeFile(const QString &path, const QByteArray &data = QByteArray())
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    return file.write(data) == data.size();
-}
-
-// The file's bytes; a null array when it cannot be read.
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    QByteArray data = file.readAll();
-    // An empty file gives an empty, not a null, array.
-    if (data.isNull())
-        data = QByteArray("");
-    return data;
-}
-
-const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
-
-// Dates the file back, so that a later write shows in its modification time.
-bool ageFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    return file.setFileTime(oldTime, QFileDevice::FileModificationTime);
-}
-
-bool isAged(const QString &path)
-{
-    return QFileInfo(path).lastModified().toUTC() == oldTime;
-}
-
-QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
-{
-    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
-    return found.isEmpty() ? nullptr : found.first();
-}
-
-QPoint itemCenter(QListWidget *list, QListWidgetItem *item)
-{
-    list->scrollToItem(item);
-    return list->visualItemRect(item).center();
-}
-
-void clickItem(QListWidget *list, QListWidgetItem *item)
-{
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, itemCenter(list, item));
-}
-
-void clickRow(QListWidget *list, int row)
-{
-    clickItem(list, list->item(row));
-}
-
-// A real double click: press, release, the double-click event, release.
-void doubleClickItem(QListWidget *list, QListWidgetItem *item)
-{
-    const QPoint pos = itemCenter(list, item);
-    QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseDClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
-}
-
-void clickTab(QTabWidget *tabs, int index)
-{
-    QTabBar *bar = tabs->tabBar();
-    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
-}
-
-// The in-place editor a list has open: the visible line edit in its
-// viewport (a closed one lingers hidden until it is deleted).
-QLineEdit *openEditor(const QListWidget *list)
-{
-    const QList<QLineEdit *> editors = list->viewport()->findChildren<QLineEdit *>();
-    for (QLineEdit *editor : editors) {
-        if (editor->isVisible())
-            return editor;
-    }
-    return nullptr;
-}
-
-// Types text as keystrokes, one character per key.
-void typeText(QWidget *widget, const QString &text)
-{
-    for (const QChar character : text) {
-        if (character.unicode() > 0x20 && character.unicode() < 0x7f)
-            QTest::keyClick(widget, character.toLatin1());
-        else
-            QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, QString(character), Qt::NoModifier);
-    }
-}
-
-void clickRadio(QRadioButton *button)
-{
-    QStyleOptionButton option;
-    option.initFrom(button);
-    const QRect rect = button->style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option, button);
-    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, rect.center());
-}
-
-// Lets notifications that are already queued be delivered.
-void deliverPending()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-}
 
 // What the reading rules make of a project file: carriage returns vanish
 // (text mode), reading stops at the first empty line, names are
@@ -233,87 +86,9 @@ QStringList namesByReadingRules(const QByteArray &data)
     return names;
 }
 
-// ---------------------------------------------------------------------------
-// Answers every message box that becomes the active modal widget, from a
-// timer, and remembers what it showed. What a box shows is taken when it is
-// shown, before its event loop runs, together with an optional snapshot of
-// the window's state at that moment.
-
-struct ShownBox
-{
-    QString title;
-    QString text;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QMessageBox::StandardButtons buttons;
-    QStringList snapshot;
-};
-
-class BoxAnswerer : public QObject
-{
-public:
-    explicit BoxAnswerer(QMessageBox::StandardButton answer)
-        : answer(answer)
-    {
-        qApp->installEventFilter(this);
-        QObject::connect(&timer, &QTimer::timeout, [this] { poll(); });
-        timer.start(10);
-    }
-
-    ~BoxAnswerer() override { qApp->removeEventFilter(this); }
-
-    QMessageBox::StandardButton answer;
-    // Taken when a box is shown.
-    std::function<QStringList()> snapshot;
-    // A box is answered only once this holds (when set).
-    std::function<bool()> answerWhen;
-    QVector<ShownBox> shown;
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Show) {
-            auto *box = qobject_cast<QMessageBox *>(watched);
-            if (box && !seen.contains(box)) {
-                seen << box;
-                ShownBox record;
-                record.title = box->windowTitle();
-                record.text = box->text();
-                record.icon = box->icon();
-                record.buttons = box->standardButtons();
-                if (snapshot)
-                    record.snapshot = snapshot();
-                shown << record;
-            }
-        }
-        return false;
-    }
-
-private:
-    void poll()
-    {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible() || box == answered)
-            return;
-        if (answerWhen && !answerWhen())
-            return;
-        answered = box;
-        QAbstractButton *button = box->button(answer);
-        if (!button && !box->buttons().isEmpty())
-            button = box->buttons().first();
-        if (button)
-            QTest::mouseClick(button, Qt::LeftButton);
-        else
-            box->close();
-    }
-
-    QList<QPointer<QMessageBox>> seen;
-    QPointer<QMessageBox> answered;
-    QTimer timer;
-};
-
 } // namespace
 
-class TestProjects : public QObject
+class TestProjects : public QObject, protected WindowFixture
 {
     Q_OBJECT
 
@@ -373,26 +148,16 @@ private slots:
 
 private:
     bool openWindow();
-    QPushButton *button(const char *name) const;
     bool settle();
     ZuSourceCode *editorOf(const QString &name) const;
     void checkProjectButtons(bool newProject, bool openAll, bool rename, bool debug, bool remove);
     void checkProgramButtons(bool edit, bool up, bool down, bool remove);
     void addProgram(const QString &name);
 
-    QScopedPointer<QTemporaryDir> tempDir;
     QScopedPointer<QTemporaryDir> syncDir;
     QScopedPointer<QFileSystemWatcher> syncWatcher;
     QScopedPointer<BoxAnswerer> boxes;
     int syncCount = 0;
-    QString previousDir;
-    TextEdit *plugin = nullptr;
-    EditWindow *window = nullptr;
-    QListWidget *programs = nullptr;
-    QListWidget *projects = nullptr;
-    QListWidget *projectPrograms = nullptr;
-    QTabWidget *selector = nullptr;
-    QTabWidget *tabs = nullptr;
     QGroupBox *projectBox = nullptr;
     QWidget *projectsPage = nullptr;
     QWidget *programsPage = nullptr;
@@ -401,55 +166,38 @@ private:
 void TestProjects::init()
 {
     qRegisterMetaType<QListWidgetItem *>();
-    previousDir = QDir::currentPath();
-    tempDir.reset(new QTemporaryDir);
-    QVERIFY(tempDir->isValid());
+    QVERIFY(tempDir.make());
     syncDir.reset(new QTemporaryDir);
     QVERIFY(syncDir->isValid());
     syncWatcher.reset(new QFileSystemWatcher({ syncDir->path() }));
     // Any box nobody expects is closed with Ok and shows in the record.
-    boxes.reset(new BoxAnswerer(QMessageBox::Ok));
+    boxes.reset(new BoxAnswerer(QMessageBox::Ok, BoxAnswerer::RecordWhenShown));
     // The window lists the current directory when it is made and watches it.
-    QVERIFY(QDir::setCurrent(tempDir->path()));
+    QVERIFY(tempDir.enter());
 }
 
 void TestProjects::cleanup()
 {
     QToolTip::hideText();
-    // The window has no parent and the plug-in object does not delete it.
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
-    programs = projects = projectPrograms = nullptr;
-    selector = tabs = nullptr;
+    deletePluginWindow();
     projectBox = nullptr;
     projectsPage = programsPage = nullptr;
     boxes.reset();
     syncWatcher.reset();
     syncDir.reset();
-    QDir::setCurrent(previousDir);
-    tempDir.reset();
+    tempDir.leave();
 }
 
 // Makes the window in the current directory, shows and activates it, and
 // turns the selector to the projects page.
 bool TestProjects::openWindow()
 {
-    plugin = new TextEdit;
-    window = plugin->window();
-    if (!window)
+    if (!makePluginWindow())
         return false;
-    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
-    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
-    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
-    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
-    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
     projectBox = window->findChild<QGroupBox *>(QStringLiteral("currProjBox"));
     projectsPage = window->findChild<QWidget *>(QStringLiteral("projectsTab"));
     programsPage = window->findChild<QWidget *>(QStringLiteral("programsTab"));
-    if (!programs || !projects || !projectPrograms || !selector || !tabs || !projectBox || !projectsPage
-        || !programsPage)
+    if (!projectBox || !projectsPage || !programsPage)
         return false;
     for (const char *name : { "newprjButton", "editAllPrjButton", "renamePrjButton", "debugProjButton",
                               "delprjButton", "newProgPrjButton", "editProgPrjButton", "upInPrjButton",
@@ -457,19 +205,10 @@ bool TestProjects::openWindow()
         if (!button(name))
             return false;
     }
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window))
-        return false;
-    window->activateWindow();
-    if (!QTest::qWaitForWindowActive(window))
+    if (!showAndActivate(window))
         return false;
     clickTab(selector, selector->indexOf(projectsPage));
     return selector->currentWidget() == projectsPage && projects->isVisible();
-}
-
-QPushButton *TestProjects::button(const char *name) const
-{
-    return window->findChild<QPushButton *>(QLatin1String(name));
 }
 
 // Waits until the file-system notifications already queued, the window's
@@ -702,10 +441,7 @@ void TestProjects::openProgramCannotBeRemovedFromProject()
     QCOMPARE(fileBytes(QStringLiteral("p.zup")), QByteArray("a.zu\nb.zu\n"));
 
     // Once its tab is closed, it can be removed.
-    QTabBar *bar = tabs->tabBar();
-    QWidget *close = bar->tabButton(0, QTabBar::RightSide);
-    if (!close)
-        close = bar->tabButton(0, QTabBar::LeftSide);
+    QAbstractButton *close = closeButtonOf(tabs, 0);
     QVERIFY(close);
     QTest::mouseClick(close, Qt::LeftButton);
     QCOMPARE(tabs->count(), 0);
@@ -1322,9 +1058,7 @@ void TestProjects::renamingProjectInPlaceRenamesOnlyItsFile()
     QLineEdit *editor = nullptr;
     QTRY_VERIFY((editor = openEditor(projects)) != nullptr);
     QCOMPARE(editor->text(), QStringLiteral("p"));
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClick(editor, Qt::Key_Backspace);
-    typeText(editor, QStringLiteral("q"));
+    replaceText(editor, QStringLiteral("q"));
     QTest::keyClick(editor, Qt::Key_Return);
     QTRY_VERIFY(!openEditor(projects));
 

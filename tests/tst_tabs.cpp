@@ -8,127 +8,63 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCompleter>
-#include <QDateTime>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QInputDialog>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScopeGuard>
 #include <QScopedPointer>
 #include <QSignalSpy>
 #include <QStringListModel>
-#include <QStyle>
-#include <QStyleOptionButton>
 #include <QSyntaxHighlighter>
-#include <QTabBar>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
-#include <QTimer>
 
-#include <thread>
 #include <vector>
 
+#include "boxanswerer.h"
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
 #include "searchreplace.h"
 #include "settingelement.h"
 #include "testrunner.h"
+#include "testsupport.h"
 #include "textedit.h"
+#include "windowfixture.h"
 #include "zusourcecode.h"
 
 namespace {
 
 const QString attentionTitle = QStringLiteral("ВНИМАНИЕ!");
 
-// Program files get a modification time far in the past, so that any
-// save, even of unchanged text, shows as a newer time.
-const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
-
-bool writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (file.write(data) != data.size() || !file.flush())
-        return false;
-    return file.setFileTime(oldTime, QFileDevice::FileModificationTime);
-}
-
+// Program files are dated back when written, so that any save, even of
+// unchanged text, shows as a newer time.
 bool writeProgram(const QString &name, const QByteArray &data)
 {
-    return writeFile(name + QStringLiteral(".zu"), data);
+    return writeAgedFile(name + QStringLiteral(".zu"), data);
 }
 
 QByteArray programBytes(const QString &name)
 {
-    QFile file(name + QStringLiteral(".zu"));
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray("<missing>");
-    return file.readAll();
+    return fileBytes(name + QStringLiteral(".zu"), "<missing>");
 }
 
 bool writtenSinceCreated(const QString &name)
 {
-    return QFileInfo(name + QStringLiteral(".zu")).lastModified() != oldTime;
-}
-
-QStringList itemTexts(const QListWidget *list)
-{
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row)
-        texts << list->item(row)->text();
-    return texts;
-}
-
-QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
-{
-    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
-    return found.isEmpty() ? nullptr : found.first();
-}
-
-void clickItem(QListWidget *list, QListWidgetItem *item)
-{
-    list->scrollToItem(item);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualItemRect(item).center());
-}
-
-void clickTab(QTabWidget *tabs, int index)
-{
-    QTabBar *bar = tabs->tabBar();
-    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
-}
-
-QAbstractButton *closeButtonOf(QTabWidget *tabs, int index)
-{
-    QTabBar *bar = tabs->tabBar();
-    QWidget *button = bar->tabButton(index, QTabBar::RightSide);
-    if (!button)
-        button = bar->tabButton(index, QTabBar::LeftSide);
-    return qobject_cast<QAbstractButton *>(button);
+    return !isAged(name + QStringLiteral(".zu"));
 }
 
 ZuSourceCode *editorOf(QWidget *page)
 {
     return page ? page->findChild<ZuSourceCode *>() : nullptr;
-}
-
-QStringList tabTitles(const QTabWidget *tabs)
-{
-    QStringList titles;
-    for (int i = 0; i < tabs->count(); ++i)
-        titles << tabs->tabText(i);
-    return titles;
 }
 
 // The foreground of the highlighter's format at a position of a block.
@@ -172,73 +108,9 @@ private:
     std::vector<TypeRecord> typeRecords;
 };
 
-// ---------------------------------------------------------------------------
-// Answers every modal dialog that becomes active, from a timer, and
-// remembers the message boxes it saw. A message box gets the chosen button;
-// a text input gets the chosen text and is accepted.
-
-struct ShownBox
-{
-    QString title;
-    QString text;
-    QMessageBox::StandardButtons buttons;
-};
-
-class ModalAnswerer
-{
-public:
-    explicit ModalAnswerer(QMessageBox::StandardButton answer, const QString &inputText = QString())
-        : answer(answer)
-        , inputText(inputText)
-    {
-        QObject::connect(&timer, &QTimer::timeout, [this] { poll(); });
-        timer.start(10);
-    }
-
-    QVector<ShownBox> shown;
-    int inputs = 0;
-
-    QStringList texts() const
-    {
-        QStringList all;
-        for (const ShownBox &box : shown)
-            all << box.text;
-        return all;
-    }
-
-private:
-    void poll()
-    {
-        QWidget *modal = QApplication::activeModalWidget();
-        if (!modal || !modal->isVisible() || modal == answered)
-            return;
-        if (auto *box = qobject_cast<QMessageBox *>(modal)) {
-            answered = box;
-            shown << ShownBox { box->windowTitle(), box->text(), box->standardButtons() };
-            QAbstractButton *button = box->button(answer);
-            if (!button && !box->buttons().isEmpty())
-                button = box->buttons().first();
-            if (button)
-                QTest::mouseClick(button, Qt::LeftButton);
-            else
-                box->close();
-        } else if (auto *input = qobject_cast<QInputDialog *>(modal)) {
-            answered = input;
-            ++inputs;
-            input->setTextValue(inputText);
-            input->accept();
-        }
-    }
-
-    QMessageBox::StandardButton answer;
-    QString inputText;
-    QPointer<QWidget> answered;
-    QTimer timer;
-};
-
 } // namespace
 
-class TestTabs : public QObject
+class TestTabs : public QObject, protected WindowFixture
 {
     Q_OBJECT
 
@@ -286,58 +158,31 @@ private slots:
 private:
     bool makeWindow();
     bool showWindow();
-    QPushButton *button(const char *name) const;
     QList<QVariant> reported(const QString &key) const;
     ZuSourceCode *editorAt(int index) const { return editorOf(tabs->widget(index)); }
     void typeInto(int index, const QString &text);
 
-    QScopedPointer<QTemporaryDir> tempDir;
-    QString previousDir;
-    TextEdit *plugin = nullptr;
-    EditWindow *window = nullptr;
-    QTabWidget *tabs = nullptr;
-    QTabWidget *selector = nullptr;
-    QListWidget *programs = nullptr;
-    QListWidget *projects = nullptr;
-    QListWidget *projectPrograms = nullptr;
     QScopedPointer<QSignalSpy> variants;
 };
 
 void TestTabs::init()
 {
-    previousDir = QDir::currentPath();
-    tempDir.reset(new QTemporaryDir);
-    QVERIFY(tempDir->isValid());
-    QVERIFY(QDir::setCurrent(tempDir->path()));
+    QVERIFY(tempDir.make());
+    QVERIFY(tempDir.enter());
 }
 
 void TestTabs::cleanup()
 {
     variants.reset();
-    delete window;
-    window = nullptr;
-    delete plugin;
-    plugin = nullptr;
-    tabs = selector = nullptr;
-    programs = projects = projectPrograms = nullptr;
-    QDir::setCurrent(previousDir);
-    tempDir.reset();
+    deletePluginWindow();
+    tempDir.leave();
 }
 
 // Makes the window in the current directory (its lists are filled from the
 // files there) and starts recording what it reports to the host.
 bool TestTabs::makeWindow()
 {
-    plugin = new TextEdit;
-    window = plugin->window();
-    if (!window)
-        return false;
-    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
-    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
-    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
-    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
-    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
-    if (!tabs || !selector || !programs || !projects || !projectPrograms)
+    if (!makePluginWindow())
         return false;
     for (const char *name : { "saveProgramButton", "saveAsProgramButton", "undoButton", "redoButton",
                               "seacrhButton", "compileProgramButton", "editButton" }) {
@@ -350,16 +195,7 @@ bool TestTabs::makeWindow()
 
 bool TestTabs::showWindow()
 {
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window))
-        return false;
-    window->activateWindow();
-    return QTest::qWaitForWindowActive(window);
-}
-
-QPushButton *TestTabs::button(const char *name) const
-{
-    return window->findChild<QPushButton *>(QLatin1String(name));
+    return showAndActivate(window);
 }
 
 // The values reported for one key, in order. Every report carries sync
@@ -439,7 +275,7 @@ void TestTabs::openingTabLoadsProgramAndRecordsOpenedList()
     QVERIFY(button("seacrhButton")->isChecked());
     QWidget *second = window->addTextTab(QStringLiteral("b"));
     QCOMPARE(tabs->currentWidget(), second);
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
     QCOMPARE(editorOf(second)->toPlainText(), QStringLiteral("beta\n"));
     QVERIFY(!button("seacrhButton")->isChecked());
     QVERIFY(button("seacrhButton")->isEnabled());
@@ -603,14 +439,14 @@ void TestTabs::closingUnmodifiedTabAsksNothing()
     QVERIFY(showWindow());
     window->addTextTab(QStringLiteral("a"));
     window->addTextTab(QStringLiteral("b"));
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
     variants->clear();
 
     QAbstractButton *close = closeButtonOf(tabs, 0);
     QVERIFY(close);
     QTest::mouseClick(close, Qt::LeftButton);
 
-    QCOMPARE(tabTitles(tabs), QStringList { "b" });
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
     QVERIFY(answerer.shown.isEmpty());
     QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList { "b" } });
     QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
@@ -645,7 +481,7 @@ void TestTabs::closingModifiedTabAsksToSave()
     window->addTextTab(QStringLiteral("b"));
     typeInto(0, QStringLiteral("zz"));
     clickTab(tabs, 1);
-    ModalAnswerer answerer { QMessageBox::StandardButton(answer) };
+    BoxAnswerer answerer { QMessageBox::StandardButton(answer), BoxAnswerer::AcceptInputs };
     variants->clear();
 
     QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
@@ -655,7 +491,7 @@ void TestTabs::closingModifiedTabAsksToSave()
     QCOMPARE(answerer.shown.first().text,
              QStringLiteral("Текст программы a был изменен.\n\nСохранить изменения?"));
     QCOMPARE(answerer.shown.first().buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-    QCOMPARE(tabTitles(tabs), titlesAfter);
+    QCOMPARE(tabTexts(tabs), titlesAfter);
     QCOMPARE(programBytes(QStringLiteral("a")), fileAfter);
     // The open programs are recorded also when the close was refused.
     QCOMPARE(reported(QStringLiteral("openedlist")).last(), QVariant(titlesAfter));
@@ -761,7 +597,7 @@ void TestTabs::sameTitleTwiceLookupsFindFirst()
     QWidget *second = window->addTextTab(QStringLiteral("a"));
     window->addTextTab(QStringLiteral("b"));
     QVERIFY(first != second);
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "a", "b" }));
     QCOMPARE(window->getOpenedList(), (QStringList { "a", "a", "b" }));
 
     QVERIFY(window->alreadyOpen(QStringLiteral("a")));
@@ -782,7 +618,7 @@ void TestTabs::sameTitleTwiceLookupsFindFirst()
     window->tabClose(QStringLiteral("a"));
     QCOMPARE(tabs->count(), 2);
     QCOMPARE(tabs->widget(0), second);
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
 }
 
 void TestTabs::namesDifferingInCaseAreDifferentTabs()
@@ -793,7 +629,7 @@ void TestTabs::namesDifferingInCaseAreDifferentTabs()
     QVERIFY(showWindow());
     window->addTextTab(QStringLiteral("Alpha"));
     window->addTextTab(QStringLiteral("alpha"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "Alpha", "alpha" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "Alpha", "alpha" }));
     QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("upper\n"));
     QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("lower\n"));
 
@@ -808,7 +644,7 @@ void TestTabs::namesDifferingInCaseAreDifferentTabs()
     window->tabClose(QStringLiteral("ALPHA"));
     QCOMPARE(tabs->count(), 2);
     window->tabClose(QStringLiteral("Alpha"));
-    QCOMPARE(tabTitles(tabs), QStringList { "alpha" });
+    QCOMPARE(tabTexts(tabs), QStringList { "alpha" });
 }
 
 void TestTabs::switchOrLoadGoesToOpensOrIgnores()
@@ -818,14 +654,14 @@ void TestTabs::switchOrLoadGoesToOpensOrIgnores()
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
     QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
-    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nq.zu\n"));
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), "a.zu\nq.zu\n"));
     QVERIFY(makeWindow());
     QVERIFY(showWindow());
     QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "q" }));
     QVERIFY(!itemNamed(programs, QStringLiteral("q")));
     window->addTextTab(QStringLiteral("a"));
     window->addTextTab(QStringLiteral("b"));
-    ModalAnswerer answerer(QMessageBox::Ok);
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
 
     // An open program comes forward, its editor ready for typing.
     variants->clear();
@@ -837,14 +673,14 @@ void TestTabs::switchOrLoadGoesToOpensOrIgnores()
 
     // A program of the program list opens.
     window->switchOrLoad(QStringLiteral("c"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b", "c" }));
     QCOMPARE(tabs->currentIndex(), 2);
     QCOMPARE(editorAt(2)->toPlainText(), QStringLiteral("gamma\n"));
     QVERIFY(answerer.shown.isEmpty());
 
     // A program of the current project opens, file or not.
     window->switchOrLoad(QStringLiteral("q"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c", "q" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b", "c", "q" }));
     QCOMPARE(tabs->currentIndex(), 3);
     QCOMPARE(answerer.shown.size(), 1);
     QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
@@ -875,7 +711,7 @@ void TestTabs::renamedTabSavesUnderNewName()
     window->addTextTab(QStringLiteral("b"));
     typeInto(0, QStringLiteral("zz"));
     window->setEditTabName(QStringLiteral("renamed"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "renamed", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "renamed", "b" }));
     QCOMPARE(window->currTabName(), QStringLiteral("renamed"));
     QCOMPARE(window->getOpenedList(), (QStringList { "renamed", "b" }));
     QCOMPARE(editorAt(0)->objectName(), QStringLiteral("renamed"));
@@ -895,13 +731,13 @@ void TestTabs::saveAsThroughButtonRenamesTab()
     QVERIFY(showWindow());
     window->addTextTab(QStringLiteral("a"));
     typeInto(0, QStringLiteral("zz"));
-    ModalAnswerer answerer(QMessageBox::Ok, QStringLiteral("copy"));
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs, QStringLiteral("copy"));
 
     QTest::mouseClick(button("saveAsProgramButton"), Qt::LeftButton);
 
     QCOMPARE(answerer.inputs, 1);
     QVERIFY(answerer.shown.isEmpty());
-    QCOMPARE(tabTitles(tabs), QStringList { "copy" });
+    QCOMPARE(tabTexts(tabs), QStringList { "copy" });
     QCOMPARE(window->currTabName(), QStringLiteral("copy"));
     QCOMPARE(editorAt(0)->objectName(), QStringLiteral("copy"));
     QCOMPARE(programBytes(QStringLiteral("copy")), QByteArray("zzalpha\n"));
@@ -926,7 +762,7 @@ void TestTabs::editButtonOpensCurrentProgram()
 
     QTest::mouseClick(edit, Qt::LeftButton);
 
-    QCOMPARE(tabTitles(tabs), QStringList { "b" });
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
     QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("beta\n"));
     QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant> { QStringList { "b" } });
     // The open program cannot be opened a second time from the list.
@@ -935,7 +771,7 @@ void TestTabs::editButtonOpensCurrentProgram()
     clickItem(programs, itemNamed(programs, QStringLiteral("a")));
     QVERIFY(edit->isEnabled());
     QTest::mouseClick(edit, Qt::LeftButton);
-    QCOMPARE(tabTitles(tabs), (QStringList { "b", "a" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "b", "a" }));
     QCOMPARE(tabs->currentIndex(), 1);
 }
 
@@ -945,20 +781,20 @@ void TestTabs::hostMenuOpensProgramOnlyOnce()
     QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
     QVERIFY(makeWindow());
     QVERIFY(!window->isVisible());
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
     window->addProgListAndEdit(QStringLiteral("a"));
     QVERIFY(window->isVisible());
-    QCOMPARE(tabTitles(tabs), QStringList { "a" });
+    QCOMPARE(tabTexts(tabs), QStringList { "a" });
     QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
 
     window->addProgListAndEdit(QStringLiteral("b"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
     QCOMPARE(tabs->currentIndex(), 1);
 
     // Asked again, the program's tab comes forward.
     window->addProgListAndEdit(QStringLiteral("a"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
     QCOMPARE(tabs->currentIndex(), 0);
     QCOMPARE(itemTexts(programs), (QStringList { "a", "b" }));
     QVERIFY(answerer.shown.isEmpty());
@@ -970,8 +806,8 @@ void TestTabs::hostMenuOpensProjectPrograms()
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
     QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
-    QVERIFY(writeFile(QStringLiteral("o.zup"), "c.zu\n"));
-    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
+    QVERIFY(writeAgedFile(QStringLiteral("o.zup"), "c.zu\n"));
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
     QVERIFY(makeWindow());
     QCOMPARE(projects->currentItem()->text(), QStringLiteral("o"));
     QCOMPARE(itemTexts(projectPrograms), QStringList { "c" });
@@ -981,13 +817,13 @@ void TestTabs::hostMenuOpensProjectPrograms()
     QVERIFY(window->isVisible());
     QCOMPARE(projects->currentItem()->text(), QStringLiteral("p"));
     QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
     QVERIFY(itemNamed(programs, QStringLiteral("p")));
     QVERIFY(!window->findChild<QDialog *>(QStringLiteral("zuporzu")));
 
     // Asked again, no program opens twice.
     window->addProgListAndEdit(QStringLiteral("p"));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
 }
 
 void TestTabs::hostMenuUnknownNameAsksAndCreatesProgram()
@@ -1011,11 +847,7 @@ void TestTabs::hostMenuUnknownNameAsksAndCreatesProgram()
     auto *programChoice = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
     QVERIFY(programChoice);
     QCOMPARE(programChoice->text(), QStringLiteral("новую программу"));
-    QStyleOptionButton option;
-    option.initFrom(programChoice);
-    const QRect indicator = programChoice->style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option,
-                                                                   programChoice);
-    QTest::mouseClick(programChoice, Qt::LeftButton, Qt::NoModifier, indicator.center());
+    clickRadio(programChoice);
     QVERIFY(programChoice->isChecked());
     auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
     QVERIFY(buttons);
@@ -1026,7 +858,7 @@ void TestTabs::hostMenuUnknownNameAsksAndCreatesProgram()
     QVERIFY(QFile::exists(QStringLiteral("fresh.zu")));
     QCOMPARE(QFileInfo(QStringLiteral("fresh.zu")).size(), qint64(0));
     QVERIFY(!QFile::exists(QStringLiteral("fresh.zup")));
-    QCOMPARE(tabTitles(tabs), QStringList { "fresh" });
+    QCOMPARE(tabTexts(tabs), QStringList { "fresh" });
     QCOMPARE(tabs->currentIndex(), 0);
     QCOMPARE(editorAt(0)->toPlainText(), QString());
     QVERIFY(!editorAt(0)->isChanged());
@@ -1038,36 +870,23 @@ void TestTabs::runReopensRememberedTabs()
     QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
     QVERIFY(writeProgram(QStringLiteral("c"), "gamma\n"));
     QVERIFY(makeWindow());
-    SettingElement opened;
-    opened.key = QStringLiteral("openedlist");
-    opened.value = QStringList { "b", "a" };
-    SettingElement current;
-    current.key = QStringLiteral("openedtab");
-    current.value = QStringLiteral("a");
-    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
+    rememberOpenedTabs(plugin, QStringList { "b", "a" }, QStringLiteral("a"));
     QCOMPARE(window->storedOpenedList(), (QStringList { "b", "a" }));
     QCOMPARE(window->storedOpenedTab(), QStringLiteral("a"));
 
     // The host answers the table request from a thread of its own.
     HostTables tables({ "op1" }, { "t1" });
-    std::thread host;
-    auto joinHost = qScopeGuard([&host] {
-        if (host.joinable())
-            host.join();
-    });
-    QObject::connect(window, &EditWindow::tablesRequest, this, [&] {
-        host = std::thread([&] { window->tablesAnswer(&tables.operations, &tables.types); });
-    }, Qt::DirectConnection);
+    ThreadedTablesHost host(window, tables.operations, tables.types);
+    host.answerRequests();
     QSignalSpy requests(window, &EditWindow::tablesRequest);
-    ModalAnswerer answerer(QMessageBox::Ok);
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
     variants->clear();
 
     window->run();
-    if (host.joinable())
-        host.join();
+    host.finish();
 
     QCOMPARE(requests.count(), 1);
-    QCOMPARE(tabTitles(tabs), (QStringList { "b", "a" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "b", "a" }));
     QCOMPARE(tabs->currentIndex(), 1);
     QCOMPARE(window->currTabName(), QStringLiteral("a"));
     QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("beta\n"));
@@ -1087,33 +906,20 @@ void TestTabs::runGivesTabToRememberedProgramWithoutFile()
 {
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
-    SettingElement opened;
-    opened.key = QStringLiteral("openedlist");
-    opened.value = QStringList { "gone", "a" };
-    SettingElement current;
-    current.key = QStringLiteral("openedtab");
-    current.value = QStringLiteral("gone");
-    plugin->exchangeSettings({ opened, current }, nullptr, nullptr);
+    rememberOpenedTabs(plugin, QStringList { "gone", "a" }, QStringLiteral("gone"));
 
     HostTables tables({ "op1" }, {});
-    std::thread host;
-    auto joinHost = qScopeGuard([&host] {
-        if (host.joinable())
-            host.join();
-    });
-    QObject::connect(window, &EditWindow::tablesRequest, this, [&] {
-        host = std::thread([&] { window->tablesAnswer(&tables.operations, &tables.types); });
-    }, Qt::DirectConnection);
-    ModalAnswerer answerer(QMessageBox::Ok);
+    ThreadedTablesHost host(window, tables.operations, tables.types);
+    host.answerRequests();
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
 
     window->run();
-    if (host.joinable())
-        host.join();
+    host.finish();
 
     QCOMPARE(answerer.shown.size(), 1);
     QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
     QVERIFY2(answerer.shown.first().text.startsWith(QStringLiteral("gone\n")), qPrintable(answerer.shown.first().text));
-    QCOMPARE(tabTitles(tabs), (QStringList { "gone", "a" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "gone", "a" }));
     QCOMPARE(tabs->currentIndex(), 0);
     QCOMPARE(editorAt(0)->toPlainText(), QString());
     QVERIFY(!editorAt(0)->isChanged());
@@ -1128,7 +934,7 @@ void TestTabs::canExitWithoutTabsAgrees()
 {
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
     QVERIFY(window->canExit());
     QVERIFY(answerer.shown.isEmpty());
 
@@ -1150,12 +956,12 @@ void TestTabs::canExitCancelStopsAtFirstRefusal()
     typeInto(1, QStringLiteral("x"));
     typeInto(2, QStringLiteral("y"));
     tabs->setCurrentIndex(0);
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
     QVERIFY(!window->canExit());
 
     QCOMPARE(answerer.texts(), QStringList { QStringLiteral("Текст программы b был изменен.\n\nСохранить изменения?") });
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b", "c" }));
     QVERIFY(editorAt(1)->isChanged());
     QVERIFY(editorAt(2)->isChanged());
     for (const char *name : { "a", "b", "c" })
@@ -1172,14 +978,14 @@ void TestTabs::canExitDiscardingAsksEveryModifiedTab()
         window->addTextTab(QLatin1String(name));
     typeInto(0, QStringLiteral("x"));
     typeInto(2, QStringLiteral("y"));
-    ModalAnswerer answerer(QMessageBox::No);
+    BoxAnswerer answerer(QMessageBox::No, BoxAnswerer::AcceptInputs);
 
     QVERIFY(window->canExit());
 
     QCOMPARE(answerer.texts(),
              (QStringList { QStringLiteral("Текст программы a был изменен.\n\nСохранить изменения?"),
                             QStringLiteral("Текст программы c был изменен.\n\nСохранить изменения?") }));
-    QCOMPARE(tabTitles(tabs), (QStringList { "a", "b", "c" }));
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b", "c" }));
     for (const char *name : { "a", "b", "c" })
         QCOMPARE(programBytes(QLatin1String(name)), QByteArray("text\n"));
 }
@@ -1196,7 +1002,7 @@ void TestTabs::saveBeforeRunWithAutoSaveOffSavesNothing()
     QVERIFY(showWindow());
     window->addTextTab(QStringLiteral("a"));
     typeInto(0, QStringLiteral("zz"));
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
     window->saveFileIfChanged(QStringLiteral("a"));
 
@@ -1222,7 +1028,7 @@ void TestTabs::saveBeforeRunWithAutoSaveOnSavesNamedProgram()
     window->addTextTab(QStringLiteral("b"));
     typeInto(0, QStringLiteral("xx"));
     typeInto(1, QStringLiteral("yy"));
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
     // "a" is not the current tab: it comes forward and is saved alone.
     window->saveFileIfChanged(QStringLiteral("a"));
@@ -1269,7 +1075,7 @@ void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
     // Project p holds a and b; c and d are outside it.
     for (const char *name : { "a", "b", "c", "d" })
         QVERIFY(writeProgram(QLatin1String(name), "text\n"));
-    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), "a.zu\nb.zu\n"));
     QVERIFY(makeWindow());
     QVERIFY(showWindow());
     QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
@@ -1279,7 +1085,7 @@ void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
     typeInto(2, QStringLiteral("3"));
     typeInto(3, QStringLiteral("4"));
     QCOMPARE(tabs->currentIndex(), 3);
-    ModalAnswerer answerer(QMessageBox::Cancel);
+    BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
     window->saveAllChangedProgs();
 

@@ -17,6 +17,7 @@
 #include "pluginhost.h"
 #include "seginterfaces.h"
 #include "settingsstore.h"
+#include "testsupport.h"
 #include "vocabulary.h"
 
 namespace {
@@ -155,8 +156,7 @@ void TestVocabulary::initTestCase()
 QString TestVocabulary::writeVocabulary(const QString &fileName, const QByteArray &text)
 {
     const QString path = m_dir.filePath(fileName);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+    if (!writeFile(path, text))
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }

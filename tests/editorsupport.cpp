@@ -1,0 +1,108 @@
+#include "editorsupport.h"
+
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QTabWidget>
+
+#include "editwindow.h"
+#include "settingelement.h"
+#include "textedit.h"
+#include "zusourcecode.h"
+
+void makePlugin(TextEdit *&plugin, EditWindow *&window)
+{
+    plugin = new TextEdit;
+    window = plugin->window();
+}
+
+void deletePlugin(TextEdit *&plugin, EditWindow *&window)
+{
+    delete window;
+    window = nullptr;
+    delete plugin;
+    plugin = nullptr;
+}
+
+bool findListsAndTabs(EditWindow *window, QListWidget *&programs, QListWidget *&projects,
+                      QListWidget *&projectPrograms, QTabWidget *&selector, QTabWidget *&tabs)
+{
+    programs = window->findChild<QListWidget *>(QStringLiteral("programsList"));
+    projects = window->findChild<QListWidget *>(QStringLiteral("projectsList"));
+    projectPrograms = window->findChild<QListWidget *>(QStringLiteral("currentProjectList"));
+    selector = window->findChild<QTabWidget *>(QStringLiteral("selectorTabs"));
+    tabs = window->findChild<QTabWidget *>(QStringLiteral("tabWidget"));
+    return programs && projects && projectPrograms && selector && tabs;
+}
+
+void rememberOpenedTabs(TextEdit *plugin, const QStringList &opened, const QString &current)
+{
+    SettingElement openedList;
+    openedList.key = QStringLiteral("openedlist");
+    openedList.value = opened;
+    SettingElement openedTab;
+    openedTab.key = QStringLiteral("openedtab");
+    openedTab.value = current;
+    plugin->exchangeSettings({ openedList, openedTab }, nullptr, nullptr);
+}
+
+ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPointer<QWidget>> &pages)
+{
+    auto *page = new QWidget;
+    pages << page;
+    auto *layout = new QHBoxLayout(page);
+    auto *editor = new ZuSourceCode(page, name, window, QString());
+    layout->addWidget(editor);
+    return editor;
+}
+
+// ---------------------------------------------------------------------------
+// ThreadedTablesHost
+
+ThreadedTablesHost::ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types,
+                                       Answer answer)
+    : window(window)
+    , operations(operations)
+    , types(types)
+    , answer(answer)
+{
+}
+
+ThreadedTablesHost::~ThreadedTablesHost()
+{
+    QObject::disconnect(requests);
+    finish();
+}
+
+void ThreadedTablesHost::answerRequests()
+{
+    requests = QObject::connect(window, &EditWindow::tablesRequest, window, [this] { start(); },
+                                Qt::DirectConnection);
+}
+
+void ThreadedTablesHost::start()
+{
+    thread = std::thread([this] {
+        if (answer == AnswerAfterWaitBegins)
+            window->getOperToolTip(QString());
+        window->tablesAnswer(&operations, &types);
+        if (answer != AnswerUntilFinished)
+            return;
+        ARRAY none = {};
+        while (!stopRequested.load()) {
+            window->tablesAnswer(&none, &none);
+            std::this_thread::yield();
+        }
+    });
+}
+
+void ThreadedTablesHost::finish()
+{
+    stopRequested.store(true);
+    if (thread.joinable())
+        thread.join();
+}
+
+bool ThreadedTablesHost::started() const
+{
+    return thread.joinable();
+}

@@ -1,0 +1,85 @@
+#ifndef EDITORSUPPORT_H
+#define EDITORSUPPORT_H
+
+// Helpers for the tests that drive the editor's own classes: the plug-in
+// object and its window, editors on pages of their own, and a host that
+// answers the window's table request from a thread.
+
+#include <QList>
+#include <QMetaObject>
+#include <QPointer>
+#include <QStringList>
+
+#include <atomic>
+#include <thread>
+
+#include "hosttables.h"
+
+class EditWindow;
+class QListWidget;
+class QTabWidget;
+class QWidget;
+class TextEdit;
+class ZuSourceCode;
+
+// Makes the plug-in object and its window as a host does; the window is
+// null when it could not be made.
+void makePlugin(TextEdit *&plugin, EditWindow *&window);
+// The window has no parent and the plug-in object does not delete it.
+void deletePlugin(TextEdit *&plugin, EditWindow *&window);
+
+// The window's program, project and project-program lists, its selector
+// and its editor tabs, found by object name; false when one is missing.
+bool findListsAndTabs(EditWindow *window, QListWidget *&programs, QListWidget *&projects,
+                      QListWidget *&projectPrograms, QTabWidget *&selector, QTabWidget *&tabs);
+
+// What a host remembered of the last session: the programs open then and
+// the current one, handed to the plug-in as its settings.
+void rememberOpenedTabs(TextEdit *plugin, const QStringList &opened, const QString &current);
+
+// An editor of the program `name` on a page of its own, outside the
+// window's tabs; the page is added to `pages` for the test to delete.
+ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPointer<QWidget>> &pages);
+
+// ---------------------------------------------------------------------------
+// Answers the window's table request from a thread of its own, as a host
+// does, and joins that thread however the test function is left.
+
+class ThreadedTablesHost
+{
+public:
+    enum Answer {
+        // Answers once, as soon as the thread runs.
+        AnswerOnce,
+        // Takes the window's mutex first (through getOperToolTip, which run()
+        // holds until its wait begins), so that the answer cannot be lost
+        // before the wait.
+        AnswerAfterWaitBegins,
+        // Answers with the tables, then with empty tables (which only wake
+        // the waiter) until finish(), so that the waiter is woken however
+        // late it begins to wait.
+        AnswerUntilFinished,
+    };
+
+    ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types,
+                       Answer answer = AnswerOnce);
+    ~ThreadedTablesHost();
+
+    // Starts the thread on each table request the window emits.
+    void answerRequests();
+    void start();
+    // Stops the thread and joins it.
+    void finish();
+    bool started() const;
+
+private:
+    EditWindow *window;
+    ARRAY operations;
+    ARRAY types;
+    Answer answer;
+    QMetaObject::Connection requests;
+    std::atomic<bool> stopRequested { false };
+    std::thread thread;
+};
+
+#endif // EDITORSUPPORT_H

@@ -1,0 +1,266 @@
+#include "testsupport.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRadioButton>
+#include <QStyleOptionButton>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+
+QString u(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+// ---------------------------------------------------------------------------
+// Files
+
+bool writeFile(const QString &path, const QByteArray &data)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    return file.write(data) == data.size();
+}
+
+QByteArray fileBytes(const QString &path, const QByteArray &unreadable)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return unreadable;
+    QByteArray data = file.readAll();
+    if (data.isNull())
+        data = QByteArray("");
+    return data;
+}
+
+QDateTime agedTime()
+{
+    return QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
+}
+
+bool ageFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    return file.setFileTime(agedTime(), QFileDevice::FileModificationTime);
+}
+
+bool isAged(const QString &path)
+{
+    return QFileInfo(path).lastModified().toUTC() == agedTime();
+}
+
+bool writeAgedFile(const QString &path, const QByteArray &data)
+{
+    return writeFile(path, data) && ageFile(path);
+}
+
+QStringList entriesOf(const QString &path)
+{
+    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                                QDir::Name);
+}
+
+// ---------------------------------------------------------------------------
+// Widgets
+
+QStringList itemTexts(const QListWidget *list)
+{
+    QStringList texts;
+    for (int row = 0; row < list->count(); ++row)
+        texts << list->item(row)->text();
+    return texts;
+}
+
+QStringList itemTexts(const QComboBox *box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
+
+QStringList tabTexts(const QTabWidget *tabs)
+{
+    QStringList texts;
+    for (int i = 0; i < tabs->count(); ++i)
+        texts << tabs->tabText(i);
+    return texts;
+}
+
+QListWidgetItem *itemNamed(const QListWidget *list, const QString &text)
+{
+    const QList<QListWidgetItem *> found = list->findItems(text, Qt::MatchExactly);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+QPoint itemCenter(QListWidget *list, QListWidgetItem *item)
+{
+    list->scrollToItem(item);
+    return list->visualItemRect(item).center();
+}
+
+void clickItem(QListWidget *list, QListWidgetItem *item)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, itemCenter(list, item));
+}
+
+void clickRow(QListWidget *list, int row)
+{
+    clickItem(list, list->item(row));
+}
+
+void doubleClickItem(QListWidget *list, QListWidgetItem *item)
+{
+    const QPoint pos = itemCenter(list, item);
+    QTest::mousePress(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+    QTest::mouseRelease(list->viewport(), Qt::LeftButton, Qt::NoModifier, pos);
+}
+
+void clickTab(QTabWidget *tabs, int index)
+{
+    QTabBar *bar = tabs->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(index).center());
+}
+
+QAbstractButton *closeButtonOf(QTabWidget *tabs, int index)
+{
+    QTabBar *bar = tabs->tabBar();
+    QWidget *button = bar->tabButton(index, QTabBar::RightSide);
+    if (!button)
+        button = bar->tabButton(index, QTabBar::LeftSide);
+    return qobject_cast<QAbstractButton *>(button);
+}
+
+QLineEdit *openEditor(const QListWidget *list)
+{
+    const QList<QLineEdit *> editors = list->viewport()->findChildren<QLineEdit *>();
+    for (QLineEdit *editor : editors) {
+        if (editor->isVisible())
+            return editor;
+    }
+    return nullptr;
+}
+
+void typeText(QWidget *widget, const QString &text)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        QString character(text.at(i));
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size())
+            character += text.at(++i);
+        if (character.size() == 1 && character.at(0).unicode() > 0x20 && character.at(0).unicode() < 0x7f)
+            QTest::keyClick(widget, character.at(0).toLatin1());
+        else
+            QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, character, Qt::NoModifier);
+    }
+}
+
+void replaceText(QLineEdit *editor, const QString &name)
+{
+    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(editor, Qt::Key_Backspace);
+    typeText(editor, name);
+}
+
+void clickIndicator(QAbstractButton *button, QStyle::SubElement indicator)
+{
+    QStyleOptionButton option;
+    option.initFrom(button);
+    const QRect rect = button->style()->subElementRect(indicator, &option, button);
+    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, rect.center());
+}
+
+void clickRadio(QRadioButton *button)
+{
+    clickIndicator(button, QStyle::SE_RadioButtonIndicator);
+}
+
+void clickCheck(QCheckBox *box)
+{
+    clickIndicator(box, QStyle::SE_CheckBoxIndicator);
+}
+
+bool showAndActivate(QWidget *window)
+{
+    window->show();
+    if (!QTest::qWaitForWindowExposed(window))
+        return false;
+    window->activateWindow();
+    return QTest::qWaitForWindowActive(window);
+}
+
+void deleteWidgets(QList<QPointer<QWidget>> &widgets)
+{
+    for (const QPointer<QWidget> &widget : qAsConst(widgets))
+        delete widget.data();
+    widgets.clear();
+}
+
+void deliverPending()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+int indexOfKey(const SettingsList &list, const QString &key)
+{
+    for (int i = 0; i < list.size(); ++i) {
+        if (list.at(i).key == key)
+            return i;
+    }
+    return -1;
+}
+
+// ---------------------------------------------------------------------------
+// TempCurrentDir
+
+TempCurrentDir::TempCurrentDir() = default;
+
+TempCurrentDir::~TempCurrentDir()
+{
+    leave();
+}
+
+bool TempCurrentDir::make()
+{
+    dir.reset(new QTemporaryDir);
+    return dir->isValid();
+}
+
+bool TempCurrentDir::enter()
+{
+    previous = QDir::currentPath();
+    return dir && QDir::setCurrent(dir->path());
+}
+
+void TempCurrentDir::leave()
+{
+    if (!previous.isEmpty())
+        QDir::setCurrent(previous);
+    previous.clear();
+    dir.reset();
+}
+
+QString TempCurrentDir::path() const
+{
+    return dir ? dir->path() : QString();
+}
+
+QString TempCurrentDir::errorString() const
+{
+    return dir ? dir->errorString() : QString();
+}
