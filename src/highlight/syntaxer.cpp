@@ -75,7 +75,7 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
 {
     setParent(editor);
     firstChars.resize(0x10000);
-    fixedFirstChars.resize(0x10000);
+    simpleFirstChars.resize(0x10000);
     singleCharLiterals.resize(0x10000);
     literalPairs.resize(0x10000);
 
@@ -106,18 +106,18 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
         addMatcher(rules.size() - 1, lastName, lastWholeWord);
     }
 
-    const int firstFixedRule = rules.size();
+    const int firstSimpleRule = rules.size();
     rules.append(HighRule { QRegExp(QStringLiteral(
         "\\b[-+]?(?:\\b[0-9]+(?:\\.[0-9]*)?|\\.[0-9]+\\b)(?:[eE][-+]?[0-9]+\\b)?\\b")), numberFormat });
     rules.append(HighRule { QRegExp(QStringLiteral("\".*\"")), stringFormat });
     rules.append(HighRule { QRegExp(QStringLiteral("\\b[{()}]\\b")), bracketFormat });
     rules.append(HighRule { QRegExp(QStringLiteral("``[^\n]*")), commentFormat });
-    for (int rule = firstFixedRule; rule < rules.size(); ++rule)
+    for (int rule = firstSimpleRule; rule < rules.size(); ++rule)
         addPatternRule(rule);
 
     backtick = QRegExp(QStringLiteral("`"));
     literalResume.resize(literals.size());
-    fixedResume.resize(fixedRules.size());
+    simpleResume.resize(simpleRules.size());
 }
 
 // Chooses how the name rule's matches are found. Only an empty name or one
@@ -138,20 +138,20 @@ void Syntaxer::addMatcher(int rule, const QString &name, bool wholeWord)
     }
 }
 
-// A rule of one match length is tried where one of its first characters
+// A rule of a simple pattern is tried where one of its first characters
 // stands; a rule that can start with too many characters, everywhere.
-void Syntaxer::addFixedRule(int rule, const FixedPattern &pattern)
+void Syntaxer::addSimpleRule(int rule, const SimplePattern &pattern)
 {
-    fixedRules.append(FixedRule { rule, pattern });
+    simpleRules.append(SimpleRule { rule, pattern });
     const QVector<QChar> starts = pattern.firstChars(256);
     if (starts.isEmpty()) {
-        unindexedFixedRules.append(fixedRules.size() - 1);
+        unindexedSimpleRules.append(simpleRules.size() - 1);
         return;
     }
     for (QChar ch : starts) {
-        fixedByFirstChar[ch.unicode()].append(fixedRules.size() - 1);
+        simpleByFirstChar[ch.unicode()].append(simpleRules.size() - 1);
         firstChars.setBit(ch.unicode());
-        fixedFirstChars.setBit(ch.unicode());
+        simpleFirstChars.setBit(ch.unicode());
     }
 }
 
@@ -162,11 +162,11 @@ void Syntaxer::addPatternRule(int rule)
     const QRegExp &pattern = rules.at(rule).pattern;
     if (!pattern.isValid())
         return;
-    const FixedPattern fixed(pattern.pattern());
-    if (!fixed.isValid())
+    const SimplePattern simple(pattern.pattern());
+    if (simple.isValid() && simple.minimumLength() > 0)
+        addSimpleRule(rule, simple);
+    else
         patternRules.append(PatternRule { rule, PatternStart(pattern.pattern()) });
-    else if (fixed.length() > 0)
-        addFixedRule(rule, fixed);
 }
 
 // Between word boundaries a name of word characters matches exactly the
@@ -193,23 +193,23 @@ void Syntaxer::matchWords(const QString &text, QVector<Match> &matches) const
     }
 }
 
-// Each name of plain text, and each rule of one match length, is searched
+// Each name of plain text, and each rule of a simple pattern, is searched
 // as its pattern would be: the leftmost occurrence at or after where the
 // previous one ended. One pass over the line finds the candidates by their
 // first characters (plain names by their first two).
-void Syntaxer::matchFixedLength(const QString &text, QVector<Match> &matches)
+void Syntaxer::matchPlainAndSimple(const QString &text, QVector<Match> &matches)
 {
     std::fill(literalResume.begin(), literalResume.end(), 0);
-    std::fill(fixedResume.begin(), fixedResume.end(), 0);
+    std::fill(simpleResume.begin(), simpleResume.end(), 0);
     for (int position = 0; position < text.size(); ++position) {
-        if (!unindexedFixedRules.isEmpty())
-            matchFixedRulesAt(text, position, unindexedFixedRules, matches);
+        if (!unindexedSimpleRules.isEmpty())
+            matchSimpleRulesAt(text, position, unindexedSimpleRules, matches);
         const ushort ch = text.at(position).unicode();
         if (!firstChars.testBit(ch))
             continue;
         matchLiteralsAt(text, position, matches);
-        if (fixedFirstChars.testBit(ch))
-            matchFixedRulesAt(text, position, fixedByFirstChar.value(ch), matches);
+        if (simpleFirstChars.testBit(ch))
+            matchSimpleRulesAt(text, position, simpleByFirstChar.value(ch), matches);
     }
 }
 
@@ -241,15 +241,18 @@ void Syntaxer::matchLiteralsAt(const QString &text, int position, QVector<Match>
         matchKey(single);
 }
 
-void Syntaxer::matchFixedRulesAt(const QString &text, int position, const QVector<int> &candidates,
+void Syntaxer::matchSimpleRulesAt(const QString &text, int position, const QVector<int> &candidates,
                                  QVector<Match> &matches)
 {
     for (int index : candidates) {
-        const FixedRule &fixed = fixedRules.at(index);
-        if (position < fixedResume.at(index) || !fixed.pattern.matchesAt(text, position))
+        const SimpleRule &simple = simpleRules.at(index);
+        if (position < simpleResume.at(index))
             continue;
-        matches.append(Match { fixed.rule, position, fixed.pattern.length() });
-        fixedResume[index] = position + fixed.pattern.length();
+        const int length = simple.pattern.matchAt(text, position);
+        if (length < 0)
+            continue;
+        matches.append(Match { simple.rule, position, length });
+        simpleResume[index] = position + length;
     }
 }
 
@@ -275,7 +278,7 @@ void Syntaxer::highlightBlock(const QString &text)
 {
     lineMatches.clear();
     matchWords(text, lineMatches);
-    matchFixedLength(text, lineMatches);
+    matchPlainAndSimple(text, lineMatches);
     matchPatterns(text, lineMatches);
 
     // Later rules overwrite earlier ones where they overlap, and the matches

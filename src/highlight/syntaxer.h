@@ -8,7 +8,7 @@
 #include <QTextCharFormat>
 #include <QVector>
 
-#include "fixedpattern.h"
+#include "simplepattern.h"
 #include "patternstart.h"
 
 class ZuSourceCode;
@@ -20,8 +20,8 @@ class ZuSourceCode;
 // name rules that are plain text are found by cheaper means: names made of
 // word characters through one hash look-up per word of the line, other
 // plain names through the first character of each occurrence. Only names
-// with pattern characters and the fixed rules need their patterns: those of
-// one match length are compared character by character, the others run
+// with pattern characters and the fixed rules need their patterns: simple
+// ones are compared character by character (SimplePattern), the others run
 // from where a match can begin. The matches are applied in rule
 // order, so the colours are exactly those of running every rule's pattern
 // in turn.
@@ -59,11 +59,11 @@ private:
 
     void addMatcher(int rule, const QString &name, bool wholeWord);
     void addPatternRule(int rule);
-    void addFixedRule(int rule, const FixedPattern &pattern);
+    void addSimpleRule(int rule, const SimplePattern &pattern);
     void matchWords(const QString &text, QVector<Match> &matches) const;
-    void matchFixedLength(const QString &text, QVector<Match> &matches);
+    void matchPlainAndSimple(const QString &text, QVector<Match> &matches);
     void matchLiteralsAt(const QString &text, int position, QVector<Match> &matches);
-    void matchFixedRulesAt(const QString &text, int position, const QVector<int> &candidates,
+    void matchSimpleRulesAt(const QString &text, int position, const QVector<int> &candidates,
                            QVector<Match> &matches);
     void matchPatterns(const QString &text, QVector<Match> &matches) const;
     void highlightBackticks(const QString &text);
@@ -88,18 +88,18 @@ private:
         int rule;
         PatternStart start;
     };
-    struct FixedRule
+    struct SimpleRule
     {
         int rule;
-        FixedPattern pattern;
+        SimplePattern pattern;
     };
-    QVector<FixedRule> fixedRules;                   // rules of one match length
-    QHash<ushort, QVector<int>> fixedByFirstChar;    // first character -> fixed rules
-    QVector<int> unindexedFixedRules;                // fixed rules that may start anywhere
-    QVector<int> fixedResume;                        // per fixed rule: where its search goes on
+    QVector<SimpleRule> simpleRules;                 // rules of simple patterns
+    QHash<ushort, QVector<int>> simpleByFirstChar;   // first character -> simple rules
+    QVector<int> unindexedSimpleRules;               // simple rules that may start anywhere
+    QVector<int> simpleResume;                       // per simple rule: where its search goes on
     QVector<PatternRule> patternRules;               // rules that run their pattern
-    QBitArray firstChars;                            // by character: starts a literal or fixed rule
-    QBitArray fixedFirstChars;                       // by character: starts a fixed rule
+    QBitArray firstChars;                            // by character: starts a literal or simple rule
+    QBitArray simpleFirstChars;                      // by character: starts a simple rule
     QBitArray singleCharLiterals;                    // by character: a literal of its own
     QBitArray literalPairs;                          // by hashed prefix key: may start a literal
     QVector<int> literalResume;                      // per literal: where its search goes on

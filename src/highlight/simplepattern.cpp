@@ -1,4 +1,4 @@
-#include "fixedpattern.h"
+#include "simplepattern.h"
 
 #include "patternstart.h"
 
@@ -7,17 +7,24 @@ static bool isPunctuation(QChar ch)
     return !ch.isLetterOrNumber() && !ch.isSpace();
 }
 
-FixedPattern::FixedPattern(const QString &pattern)
+static bool isQuantifier(QChar ch)
+{
+    return QStringLiteral("?*+{").contains(ch);
+}
+
+SimplePattern::SimplePattern(const QString &pattern)
     : pattern(pattern)
 {
     valid = readSequence(&steps) && atEnd();
-    for (const Step &step : qAsConst(steps)) {
-        if (step.kind == Step::Chars)
-            ++matchLength;
+    for (int i = 0; i < steps.size(); ++i) {
+        if (steps.at(i).repeated)
+            repeatedStep = i;
+        else if (steps.at(i).kind == Step::Chars)
+            ++shortest;
     }
 }
 
-bool FixedPattern::Step::matches(QChar ch) const
+bool SimplePattern::Step::matches(QChar ch) const
 {
     const ushort code = ch.unicode();
     for (const Range &range : ranges) {
@@ -29,13 +36,18 @@ bool FixedPattern::Step::matches(QChar ch) const
 
 // A sequence, or alternatives that are each one character: "p|q" is the
 // class "[pq]". Longer alternatives could differ in length.
-bool FixedPattern::readSequence(QVector<Step> *sequence)
+bool SimplePattern::readSequence(QVector<Step> *sequence)
 {
+    auto readItems = [this](QVector<Step> *items) {
+        while (!atEnd() && pattern.at(position) != QLatin1Char('|') && pattern.at(position) != QLatin1Char(')')) {
+            if (!readItem(items))
+                return false;
+        }
+        return true;
+    };
     QVector<Step> items;
-    while (!atEnd() && pattern.at(position) != QLatin1Char('|') && pattern.at(position) != QLatin1Char(')')) {
-        if (!readItem(&items))
-            return false;
-    }
+    if (!readItems(&items))
+        return false;
     if (atEnd() || pattern.at(position) != QLatin1Char('|')) {
         *sequence += items;
         return true;
@@ -43,23 +55,22 @@ bool FixedPattern::readSequence(QVector<Step> *sequence)
 
     Step alternatives;
     while (true) {
-        if (items.size() != 1 || items.first().kind != Step::Chars || items.first().negated)
+        if (items.size() != 1 || items.first().kind != Step::Chars || items.first().negated
+            || items.first().repeated)
             return false;
         alternatives.ranges += items.first().ranges;
         if (atEnd() || pattern.at(position) != QLatin1Char('|'))
             break;
         ++position;
         items.clear();
-        while (!atEnd() && pattern.at(position) != QLatin1Char('|') && pattern.at(position) != QLatin1Char(')')) {
-            if (!readItem(&items))
-                return false;
-        }
+        if (!readItems(&items))
+            return false;
     }
     sequence->append(alternatives);
     return true;
 }
 
-bool FixedPattern::readItem(QVector<Step> *items)
+bool SimplePattern::readItem(QVector<Step> *items)
 {
     const QChar ch = next();
     Step step;
@@ -72,15 +83,14 @@ bool FixedPattern::readItem(QVector<Step> *items)
         }
         if (!readSequence(items) || atEnd() || next() != QLatin1Char(')'))
             return false;
-        break;
+        // A repeated group is beyond this reading.
+        return atEnd() || !isQuantifier(pattern.at(position));
     case '[':
         if (!readClass(&step))
             return false;
-        items->append(step);
         break;
     case '.':
         step.negated = true; // excludes nothing
-        items->append(step);
         break;
     case '\\': {
         if (atEnd())
@@ -88,12 +98,12 @@ bool FixedPattern::readItem(QVector<Step> *items)
         const QChar escaped = next();
         if (escaped == QLatin1Char('b') || escaped == QLatin1Char('B')) {
             step.kind = escaped == QLatin1Char('b') ? Step::Boundary : Step::NotBoundary;
-        } else if (isPunctuation(escaped)) {
-            step.ranges.append({ escaped.unicode(), escaped.unicode() });
-        } else {
-            return false;
+            items->append(step);
+            return atEnd() || !isQuantifier(pattern.at(position));
         }
-        items->append(step);
+        if (!isPunctuation(escaped))
+            return false;
+        step.ranges.append({ escaped.unicode(), escaped.unicode() });
         break;
     }
     case ')':
@@ -109,14 +119,30 @@ bool FixedPattern::readItem(QVector<Step> *items)
         return false;
     default:
         step.ranges.append({ ch.unicode(), ch.unicode() });
-        items->append(step);
         break;
     }
-    // A quantifier makes the length vary.
-    return atEnd() || !QStringLiteral("?*+{").contains(pattern.at(position));
+    items->append(step);
+    return readRepetition(items);
 }
 
-bool FixedPattern::readClass(Step *step)
+// "*" repeats the character step just read and "+" reads as the step and
+// then "*". One repetition at most, so that the longest match at a start
+// is found without a search.
+bool SimplePattern::readRepetition(QVector<Step> *items)
+{
+    if (atEnd() || !isQuantifier(pattern.at(position)))
+        return true;
+    const QChar quantifier = next();
+    if ((quantifier != QLatin1Char('*') && quantifier != QLatin1Char('+')) || repetitions > 0)
+        return false;
+    ++repetitions;
+    if (quantifier == QLatin1Char('+'))
+        items->append(items->last());
+    items->last().repeated = true;
+    return atEnd() || !isQuantifier(pattern.at(position));
+}
+
+bool SimplePattern::readClass(Step *step)
 {
     if (!atEnd() && pattern.at(position) == QLatin1Char('^')) {
         step->negated = true;
@@ -149,36 +175,60 @@ bool FixedPattern::readClass(Step *step)
     return true;
 }
 
-bool FixedPattern::matchesAt(const QString &text, int start) const
+// Steps first to last, one character each or an assertion, from *at on.
+bool SimplePattern::stepsMatch(const QString &text, int first, int last, int *at) const
 {
-    int at = start;
-    for (const Step &step : steps) {
+    for (int i = first; i <= last; ++i) {
+        const Step &step = steps.at(i);
         switch (step.kind) {
         case Step::Boundary:
-            if (!PatternStart::isWordBoundary(text, at))
+            if (!PatternStart::isWordBoundary(text, *at))
                 return false;
             break;
         case Step::NotBoundary:
-            if (PatternStart::isWordBoundary(text, at))
+            if (PatternStart::isWordBoundary(text, *at))
                 return false;
             break;
         case Step::Chars:
-            if (at >= text.size() || !step.matches(text.at(at)))
+            if (*at >= text.size() || !step.matches(text.at(*at)))
                 return false;
-            ++at;
+            ++*at;
             break;
         }
     }
     return true;
 }
 
-QVector<QChar> FixedPattern::firstChars(int limit) const
+int SimplePattern::matchAt(const QString &text, int start) const
+{
+    int at = start;
+    if (repeatedStep < 0)
+        return stepsMatch(text, 0, steps.size() - 1, &at) ? at - start : -1;
+
+    if (!stepsMatch(text, 0, repeatedStep - 1, &at))
+        return -1;
+    // As many repeated characters as there are, then fewer until the rest
+    // fits: the longest match at this start.
+    const Step &repeated = steps.at(repeatedStep);
+    int runEnd = at;
+    while (runEnd < text.size() && repeated.matches(text.at(runEnd)))
+        ++runEnd;
+    for (int end = runEnd; end >= at; --end) {
+        int rest = end;
+        if (stepsMatch(text, repeatedStep + 1, steps.size() - 1, &rest))
+            return rest - start;
+    }
+    return -1;
+}
+
+QVector<QChar> SimplePattern::firstChars(int limit) const
 {
     QVector<QChar> chars;
     for (const Step &step : steps) {
         if (step.kind != Step::Chars)
             continue;
-        if (step.negated)
+        // A repeated first step may be absent: the start is then open.
+        if (step.negated || step.repeated)
             return {};
         for (const Range &range : step.ranges) {
             if (chars.size() + range.last - range.first + 1 > limit)
