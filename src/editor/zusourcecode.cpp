@@ -1,5 +1,6 @@
 #include "zusourcecode.h"
 
+#include "codepage.h"
 #include "editwindow.h"
 #include "linenumberarea.h"
 
@@ -8,14 +9,7 @@
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QSaveFile>
-#include <QTextCodec>
 #include <QTextStream>
-
-static QTextCodec *programCodec()
-{
-    static QTextCodec *const codec = QTextCodec::codecForName("windows-1251");
-    return codec;
-}
 
 ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditWindow *editWindow, QString)
     : QPlainTextEdit(page)
@@ -74,7 +68,7 @@ bool ZuSourceCode::loadFile(QString name)
         return false;
     }
     QTextStream in(&file);
-    in.setCodec(programCodec());
+    in.setCodec(windows1251());
     // A program that starts with the letters of a byte order mark is still
     // windows-1251.
     in.setAutoDetectUnicode(false);
@@ -124,7 +118,7 @@ bool ZuSourceCode::saveFile(QString filename)
         return false;
     }
     QTextStream out(&file);
-    out.setCodec(programCodec());
+    out.setCodec(windows1251());
     out << textForFile();
     out.flush();
     if (out.status() == QTextStream::Ok && file.commit()) {

@@ -7,16 +7,6 @@
 
 namespace {
 
-bool isWordChar(QChar ch)
-{
-    return PatternStart::isWordChar(ch);
-}
-
-bool isWordBoundary(const QString &text, int position)
-{
-    return PatternStart::isWordBoundary(text, position);
-}
-
 // The key of a text's first two characters from position, or of its only
 // one: a lone character pairs with U+FFFF, which no text holds.
 quint32 singleKey(QChar ch)
@@ -49,7 +39,7 @@ bool hasPatternChars(const QString &name)
 
 bool isWholeWordName(const QString &name)
 {
-    return std::all_of(name.begin(), name.end(), isWordChar);
+    return std::all_of(name.begin(), name.end(), PatternStart::isWordChar);
 }
 
 QTextCharFormat textFormat(Qt::GlobalColor colour, int weight)
@@ -176,10 +166,10 @@ void Syntaxer::matchWords(const QString &text, QVector<Match> &matches) const
     const int size = text.size();
     int start = 0;
     while (start < size) {
-        while (start < size && !isWordChar(text.at(start)))
+        while (start < size && !PatternStart::isWordChar(text.at(start)))
             ++start;
         int end = start;
-        while (end < size && isWordChar(text.at(end)))
+        while (end < size && PatternStart::isWordChar(text.at(end)))
             ++end;
         if (end > start) {
             const QString word = QString::fromRawData(text.constData() + start, end - start);
@@ -227,7 +217,7 @@ void Syntaxer::matchLiteralsAt(const QString &text, int position, QVector<Match>
             if (position < literalResume.at(index) || end > text.size()
                 || std::memcmp(chars + position, literal.text.constData(), length * sizeof(QChar)) != 0)
                 continue;
-            if (literal.wholeWord && !(isWordBoundary(text, position) && isWordBoundary(text, end)))
+            if (literal.wholeWord && !(PatternStart::isWordBoundary(text, position) && PatternStart::isWordBoundary(text, end)))
                 continue;
             matches.append(Match { literal.rule, position, length });
             literalResume[index] = end;

@@ -1,6 +1,7 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
+#include "codepage.h"
 #include "iconbuttonstyle.h"
 #include "searchreplace.h"
 #include "textedit.h"
@@ -143,6 +144,6 @@ void EditWindow::on_settingsButton_clicked()
 {
     // The host names the plug-in's settings page "<title>.<instance>".
     const SEGINTERFACES *descriptor = plugin->descriptor();
-    const QString title = QTextCodec::codecForName("windows-1251")->toUnicode(descriptor->title);
+    const QString title = windows1251()->toUnicode(descriptor->title);
     emit editSetting(title + QStringLiteral(".%1").arg(descriptor->instanceNumber), QString());
 }

@@ -3,13 +3,9 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
-#include <QTextCodec>
+#include "codepage.h"
 
-static QString fromWindows1251(const char *bytes)
-{
-    static QTextCodec *const codec = QTextCodec::codecForName("windows-1251");
-    return codec->toUnicode(bytes);
-}
+#include <QTextCodec>
 
 // Runs on whatever thread the host answers from, while run() waits; the
 // lists are only appended to, so a second answer doubles them.
@@ -20,15 +16,15 @@ void EditWindow::tablesAnswer(ARRAY *operations, ARRAY *types)
     for (; operation < operationsEnd; ++operation) {
         operList << QString::fromLatin1(operation->name);
         if (operation->secondName)
-            operList << fromWindows1251(operation->secondName);
+            operList << windows1251()->toUnicode(operation->secondName);
     }
 
     const auto *type = static_cast<const TypeRecord *>(types->first);
     const auto *typesEnd = static_cast<const TypeRecord *>(types->end);
     for (; type < typesEnd; ++type) {
-        typeList << fromWindows1251(type->name);
+        typeList << windows1251()->toUnicode(type->name);
         if (type->secondName)
-            typeList << fromWindows1251(type->secondName);
+            typeList << windows1251()->toUnicode(type->secondName);
     }
 
     waitCond.wakeAll();

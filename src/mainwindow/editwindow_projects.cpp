@@ -3,6 +3,7 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
+#include "codepage.h"
 #include "zusourcecode.h"
 
 #include <QFile>
@@ -11,14 +12,6 @@
 #include <QSaveFile>
 #include <QTextCodec>
 #include <QTextStream>
-
-// Project files hold program names, which are windows-1251 like the
-// programs themselves, whatever the user's locale.
-static QTextCodec *projectCodec()
-{
-    static QTextCodec *const codec = QTextCodec::codecForName("windows-1251");
-    return codec;
-}
 
 void EditWindow::projectFileError()
 {
@@ -38,7 +31,7 @@ void EditWindow::OpenPrj(bool skip)
         return;
     }
     QTextStream in(&file);
-    in.setCodec(projectCodec());
+    in.setCodec(windows1251());
     in.setAutoDetectUnicode(false);
     QStringList names;
     while (!in.atEnd()) {
@@ -63,7 +56,7 @@ void EditWindow::dropCurrProjList()
         return;
     }
     QTextStream out(&file);
-    out.setCodec(projectCodec());
+    out.setCodec(windows1251());
     for (int row = 0; row < ui->currentProjectList->count(); ++row)
         out << ui->currentProjectList->item(row)->text() << ".zu\n";
     out.flush();
@@ -257,7 +250,7 @@ void EditWindow::zupselected(bool project, QString name)
     if (project) {
         QFile file(name + QStringLiteral(".zup"));
         if (file.open(QIODevice::WriteOnly))
-            file.write(projectCodec()->fromUnicode(name) + ".zu\n");
+            file.write(windows1251()->fromUnicode(name) + ".zu\n");
         file.close();
         dirChanged(QString());
         selectProjByName(name);
