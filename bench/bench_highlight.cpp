@@ -16,15 +16,10 @@
 // framework costs alone.
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QHBoxLayout>
 #include <QPlainTextDocumentLayout>
 #include <QSyntaxHighlighter>
-#include <QTemporaryDir>
 #include <QTextBlock>
-#include <QTextCodec>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -33,12 +28,9 @@
 #include <limits>
 #include <memory>
 
-#include "editwindow.h"
 #include "referencesyntaxer.h"
 #include "syntaxer.h"
-#include "textedit.h"
 #include "zusamples.h"
-#include "zusourcecode.h"
 
 namespace {
 
@@ -161,42 +153,15 @@ int main(int argc, char *argv[])
     const QString text = sample.text();
     const int lines = sample.lines.size();
 
-    // The editor's highlighter needs an editor; it loads the program file.
-    QTemporaryDir workDir;
-    if (!workDir.isValid() || !QDir::setCurrent(workDir.path())) {
-        std::fprintf(stderr, "no working directory\n");
-        return 1;
-    }
-    {
-        QFile file(QStringLiteral("prog.zu"));
-        if (!file.open(QIODevice::WriteOnly)
-            || file.write(QTextCodec::codecForName("windows-1251")->fromUnicode(text)) < 0) {
-            std::fprintf(stderr, "cannot write prog.zu\n");
-            return 1;
-        }
-    }
-    auto *plugin = new TextEdit;
-    EditWindow *window = plugin->window();
-    auto *page = new QWidget;
-    auto *layout = new QHBoxLayout(page);
-    auto *editor = new ZuSourceCode(page, QStringLiteral("prog"), window, QString());
-    layout->addWidget(editor);
-    if (editor->toPlainText() != text) {
-        std::fprintf(stderr, "the editor does not hold the generated program\n");
-        return 1;
-    }
-
-    QStringList operations = sample.operations;
-    QStringList types = sample.types;
-    auto *syntaxer = new ExposedSyntaxer(editor, &operations, &types);
+    ExposedSyntaxer syntaxer(nullptr, sample.operations, sample.types);
     ExposedReference reference(nullptr, sample.operations, sample.types);
     FirstCharacter firstCharacter;
 
     std::printf("%d lines, %d operation and %d type names, %d rules; best of %d runs\n", lines,
                 int(sample.operations.size()), int(sample.types.size()),
-                int(syntaxer->highRules().size()), repetitions);
+                int(syntaxer.highRules().size()), repetitions);
 
-    const Result fast = measure(syntaxer, sample.lines, text, repetitions);
+    const Result fast = measure(&syntaxer, sample.lines, text, repetitions);
     const Result slow = measure(&reference, sample.lines, text, repetitions);
     const Result framework = measure(&firstCharacter, sample.lines, text, repetitions);
     if (fast.coloured != slow.coloured || fast.coloured == 0) {
@@ -240,10 +205,7 @@ int main(int argc, char *argv[])
     };
     std::printf("matching only, by name lists:\n");
     for (const Lists &part : parts) {
-        QStringList partOperations = part.operations;
-        QStringList partTypes = part.types;
-        ExposedSyntaxer partSyntaxer(editor, &partOperations, &partTypes);
-        partSyntaxer.setDocument(nullptr);
+        ExposedSyntaxer partSyntaxer(nullptr, part.operations, part.types);
         ExposedReference partReference(nullptr, part.operations, part.types);
         const double fastSeconds = best(repetitions, [] {}, [&] {
             for (const QString &line : sample.lines)
@@ -261,9 +223,5 @@ int main(int argc, char *argv[])
     const double ratio = slow.wholeDocument / fast.wholeDocument;
     std::printf("goal: at least 30x the reference through the whole document: %s (%.1fx)\n",
                 ratio >= 30 ? "met" : "NOT met", ratio);
-
-    delete page;
-    delete window;
-    delete plugin;
     return 0;
 }

@@ -17,6 +17,7 @@
 
 #include "editorsupport.h"
 #include "editwindow.h"
+#include "parsedpattern.h"
 #include "patternstart.h"
 #include "simplepattern.h"
 #include "referencesyntaxer.h"
@@ -159,8 +160,8 @@ private:
     ZuSourceCode *openEditor(const QString &text);
     // The editor holding the text, highlighted by a Syntaxer built from the
     // two lists.
-    ZuSourceCode *highlighted(const QString &text, QStringList operations, QStringList types,
-                              Syntaxer **syntaxer = nullptr);
+    ZuSourceCode *highlighted(const QString &text, const QStringList &operations,
+                              const QStringList &types, Syntaxer **syntaxer = nullptr);
     // The colour map of every line of the text.
     QStringList colours(const QString &text, const QStringList &operations,
                         const QStringList &types);
@@ -184,7 +185,8 @@ private slots:
     void emptyListsGiveEmptyPatternRuleAndFourFixedRules();
     void everyCharacterOfTheOperatorClassDropsWordBoundaries();
     void listsChangedAfterConstructionChangeNothing();
-    void attachesToTheEditorDocumentAsItsChild();
+    void attachesToTheDocumentUnderTheGivenParent();
+    void highlightsADocumentWithoutAnEditor();
 
     // Colours
     void plainFirstListNameIsRedBoldOnlyAsWholeWord();
@@ -207,6 +209,9 @@ private slots:
     void editedLinesMatchReference();
 
     // The shortcuts that spare running patterns
+    void parsedPatternReadsItemsGroupsAndQuantifiers();
+    void parsedPatternRefusesWhatItDoesNotFollow_data();
+    void parsedPatternRefusesWhatItDoesNotFollow();
     void patternStartNeverSkipsAMatch_data();
     void patternStartNeverSkipsAMatch();
     void patternStartReadsWhereMatchesBegin_data();
@@ -226,13 +231,13 @@ ZuSourceCode *TestHighlight::openEditor(const QString &text)
     return editorOnOwnPage(name, window, pages);
 }
 
-ZuSourceCode *TestHighlight::highlighted(const QString &text, QStringList operations,
-                                         QStringList types, Syntaxer **syntaxer)
+ZuSourceCode *TestHighlight::highlighted(const QString &text, const QStringList &operations,
+                                         const QStringList &types, Syntaxer **syntaxer)
 {
     ZuSourceCode *editor = openEditor(text);
     if (!editor)
         return nullptr;
-    auto *highlighter = new Syntaxer(editor, &operations, &types);
+    auto *highlighter = new Syntaxer(editor->document(), operations, types, editor);
     highlighter->rehighlight();
     if (syntaxer)
         *syntaxer = highlighter;
@@ -395,7 +400,7 @@ void TestHighlight::listsChangedAfterConstructionChangeNothing()
     QVERIFY(editor);
     QStringList operations { QStringLiteral("put") };
     QStringList types;
-    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    auto *syntaxer = new Syntaxer(editor->document(), operations, types, editor);
     operations << QStringLiteral("get");
     types << QStringLiteral("put");
     syntaxer->rehighlight();
@@ -403,17 +408,28 @@ void TestHighlight::listsChangedAfterConstructionChangeNothing()
     QCOMPARE(colourMap(editor->document()->begin()), QStringLiteral("RRR...."));
 }
 
-void TestHighlight::attachesToTheEditorDocumentAsItsChild()
+void TestHighlight::attachesToTheDocumentUnderTheGivenParent()
 {
     ZuSourceCode *editor = openEditor(QStringLiteral("put 1\nx"));
     QVERIFY(editor);
-    QStringList operations { QStringLiteral("put") };
-    QStringList types;
-    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    auto *syntaxer = new Syntaxer(editor->document(), { QStringLiteral("put") }, {}, editor);
     QCOMPARE(syntaxer->parent(), editor);
     QCOMPARE(syntaxer->document(), editor->document());
     // The framework highlights an attached document on its own.
     QTRY_COMPARE(colourMap(editor->document()->begin()), QStringLiteral("RRR.B"));
+}
+
+// The highlighter needs a document only, not an editor around it.
+void TestHighlight::highlightsADocumentWithoutAnEditor()
+{
+    QTextDocument document;
+    document.setPlainText(QStringLiteral("put 1\nInt x"));
+    Syntaxer syntaxer(&document, { QStringLiteral("put") }, { QStringLiteral("Int") });
+    QVERIFY(!syntaxer.parent());
+    QCOMPARE(syntaxer.document(), &document);
+    syntaxer.rehighlight();
+    QCOMPARE(colourMap(document.begin()), QStringLiteral("RRR.B"));
+    QCOMPARE(colourMap(document.lastBlock()), QStringLiteral("BBB.."));
 }
 
 // ---------------------------------------------------------------------------
@@ -514,9 +530,7 @@ void TestHighlight::blockStateIsZeroAfterHighlighting()
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
         QCOMPARE(block.userState(), -1);
 
-    QStringList operations { QStringLiteral("a") };
-    QStringList types;
-    auto *syntaxer = new Syntaxer(editor, &operations, &types);
+    auto *syntaxer = new Syntaxer(document, { QStringLiteral("a") }, {}, editor);
     syntaxer->rehighlight();
     QCOMPARE(document->blockCount(), 7);
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
@@ -686,6 +700,81 @@ static QStringList shortcutTexts()
         texts << text;
     }
     return texts;
+}
+
+void TestHighlight::parsedPatternReadsItemsGroupsAndQuantifiers()
+{
+    using Item = ParsedPattern::Item;
+    const ParsedPattern pattern(QStringLiteral("\\b(p|[^a-c\\]])+\\b|x{0,2}\\.\\d*|"));
+    QVERIFY(pattern.isValid());
+    const ParsedPattern::Alternatives &top = pattern.alternatives();
+    QCOMPARE(top.size(), 3);
+    QVERIFY(top.at(2).isEmpty());
+
+    QCOMPARE(top.at(0).size(), 3);
+    QCOMPARE(top.at(0).at(0).kind, Item::Boundary);
+    const Item &group = top.at(0).at(1);
+    QCOMPARE(group.kind, Item::Group);
+    QCOMPARE(group.repeat, Item::Plus);
+    QVERIFY(!group.optional);
+    QCOMPARE(top.at(0).at(2).kind, Item::Boundary);
+
+    const ParsedPattern::Alternatives &inner = pattern.alternatives(group.group);
+    QCOMPARE(inner.size(), 2);
+    QCOMPARE(inner.at(0).size(), 1);
+    QCOMPARE(inner.at(0).at(0).ranges.size(), 1);
+    QCOMPARE(inner.at(0).at(0).ranges.at(0).first, ushort('p'));
+    const Item &negated = inner.at(1).at(0);
+    QCOMPARE(negated.kind, Item::Chars);
+    QVERIFY(negated.negated);
+    QCOMPARE(negated.ranges.size(), 2);
+    QCOMPARE(negated.ranges.at(0).first, ushort('a'));
+    QCOMPARE(negated.ranges.at(0).last, ushort('c'));
+    QCOMPARE(negated.ranges.at(1).first, ushort(']'));
+
+    const ParsedPattern::Sequence &counted = top.at(1);
+    QCOMPARE(counted.size(), 3);
+    QCOMPARE(counted.at(0).repeat, Item::OtherRepeat);
+    QVERIFY(counted.at(0).optional);
+    QCOMPARE(counted.at(1).ranges.at(0).first, ushort('.'));
+    QCOMPARE(counted.at(2).kind, Item::ClassEscape);
+    QCOMPARE(counted.at(2).repeat, Item::Star);
+    QVERIFY(counted.at(2).optional);
+}
+
+void TestHighlight::parsedPatternRefusesWhatItDoesNotFollow_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("empty") << QString() << true;
+    QTest::newRow("non-capturing group") << QStringLiteral("(?:a|b)c") << true;
+    QTest::newRow("anchors") << QStringLiteral("^a$") << true;
+    QTest::newRow("quantifiers in a row") << QStringLiteral("a+?") << true;
+    QTest::newRow("back reference") << QStringLiteral("(a)\\1") << false;
+    QTest::newRow("character code") << QStringLiteral("\\x41") << false;
+    QTest::newRow("look-ahead") << QStringLiteral("a(?=b)") << false;
+    QTest::newRow("open class") << QStringLiteral("[ab") << false;
+    QTest::newRow("open group") << QStringLiteral("(ab") << false;
+    QTest::newRow("closing parenthesis") << QStringLiteral("a)b") << false;
+    QTest::newRow("quantifier first") << QStringLiteral("*a") << false;
+    QTest::newRow("count without a minimum") << QStringLiteral("a{,2}") << false;
+    QTest::newRow("trailing backslash") << QStringLiteral("a\\") << false;
+}
+
+// What the reading refuses, both shortcuts leave to the pattern itself.
+void TestHighlight::parsedPatternRefusesWhatItDoesNotFollow()
+{
+    QFETCH(QString, pattern);
+    QFETCH(bool, valid);
+    const ParsedPattern parsed(pattern);
+    QCOMPARE(parsed.isValid(), valid);
+    if (valid)
+        return;
+    QVERIFY(!SimplePattern(parsed).isValid());
+    const PatternStart start(parsed);
+    const QString text = QStringLiteral("xyz");
+    for (int from = 0; from < text.size(); ++from)
+        QCOMPARE(start.indexIn(text, from), from);
 }
 
 void TestHighlight::patternStartNeverSkipsAMatch_data()

@@ -3,7 +3,8 @@
 
 #include <QBitArray>
 #include <QString>
-#include <QVector>
+
+class ParsedPattern;
 
 // Where a match of a regular expression (QRegExp syntax) can begin in a
 // text, worked out from the pattern alone: the characters that can begin a
@@ -15,6 +16,7 @@ class PatternStart
 {
 public:
     explicit PatternStart(const QString &pattern);
+    explicit PatternStart(const ParsedPattern &pattern);
 
     // QRegExp's word characters, which decide where \b holds.
     static bool isWordChar(QChar ch)
@@ -40,41 +42,8 @@ public:
 private:
     static bool isOtherWordChar(QChar ch);
 
-    // Where the pattern can match the empty string, best guarantee first.
-    enum class Empty { Anywhere, AtBoundary, Unknown, Never };
     enum class Kind { Unknown, NonEmpty, EmptyAtStart, EmptyAtBoundary };
-    struct Range
-    {
-        ushort first;
-        ushort last;
-    };
-    // What a part of the pattern can start with.
-    struct Starts
-    {
-        QVector<Range> ranges;
-        bool any = false;
-        Empty empty = Empty::Never;
-        void add(const Starts &other);
-    };
 
-    static Starts single(ushort first, ushort last);
-    static Starts zeroWidth(Empty where);
-    static Starts anything();
-
-    Starts alternation();
-    Starts sequence();
-    Starts quantified();
-    Starts atom();
-    Starts group();
-    Starts characterClass();
-    Starts escape();
-    bool atEnd() const { return position >= pattern.size(); }
-    QChar peek() const { return pattern.at(position); }
-    Starts fail();
-
-    const QString pattern;
-    int position = 0;
-    bool failed = false;
     Kind kind = Kind::Unknown;
     bool startsAtBoundary = false;
     QBitArray startChars; // by UTF-16 code unit

@@ -2,177 +2,109 @@
 
 #include "patternstart.h"
 
-static bool isPunctuation(QChar ch)
-{
-    return !ch.isLetterOrNumber() && !ch.isSpace();
-}
-
-static bool isQuantifier(QChar ch)
-{
-    return QStringLiteral("?*+{").contains(ch);
-}
-
 SimplePattern::SimplePattern(const QString &pattern)
-    : pattern(pattern)
+    : SimplePattern(ParsedPattern(pattern))
 {
-    valid = readSequence(&steps) && atEnd();
+}
+
+// One repetition at most, so that the longest match at a start is found
+// without a search.
+SimplePattern::SimplePattern(const ParsedPattern &pattern)
+{
+    valid = pattern.isValid() && addAlternatives(pattern, 0, &steps);
     for (int i = 0; i < steps.size(); ++i) {
-        if (steps.at(i).repeated)
+        if (steps.at(i).repeated) {
+            valid = valid && repeatedStep < 0;
             repeatedStep = i;
-        else if (steps.at(i).kind == Step::Chars)
+        } else if (steps.at(i).kind == Step::Chars) {
             ++shortest;
+        }
     }
 }
 
 bool SimplePattern::Step::matches(QChar ch) const
 {
     const ushort code = ch.unicode();
-    for (const Range &range : ranges) {
+    for (const ParsedPattern::Range &range : ranges) {
         if (code >= range.first && code <= range.last)
             return !negated;
     }
     return negated;
 }
 
+bool SimplePattern::addSequence(const ParsedPattern &pattern, const ParsedPattern::Sequence &sequence,
+                                QVector<Step> *steps)
+{
+    for (const ParsedPattern::Item &item : sequence) {
+        if (!addItem(pattern, item, steps))
+            return false;
+    }
+    return true;
+}
+
 // A sequence, or alternatives that are each one character: "p|q" is the
 // class "[pq]". Longer alternatives could differ in length.
-bool SimplePattern::readSequence(QVector<Step> *sequence)
+bool SimplePattern::addAlternatives(const ParsedPattern &pattern, int group, QVector<Step> *steps)
 {
-    auto readItems = [this](QVector<Step> *items) {
-        while (!atEnd() && pattern.at(position) != QLatin1Char('|') && pattern.at(position) != QLatin1Char(')')) {
-            if (!readItem(items))
-                return false;
-        }
-        return true;
-    };
-    QVector<Step> items;
-    if (!readItems(&items))
-        return false;
-    if (atEnd() || pattern.at(position) != QLatin1Char('|')) {
-        *sequence += items;
-        return true;
-    }
+    const ParsedPattern::Alternatives &alternatives = pattern.alternatives(group);
+    if (alternatives.size() == 1)
+        return addSequence(pattern, alternatives.first(), steps);
 
-    Step alternatives;
-    while (true) {
-        if (items.size() != 1 || items.first().kind != Step::Chars || items.first().negated
-            || items.first().repeated)
+    Step merged;
+    for (const ParsedPattern::Sequence &alternative : alternatives) {
+        QVector<Step> items;
+        if (!addSequence(pattern, alternative, &items) || items.size() != 1
+            || items.first().kind != Step::Chars || items.first().negated || items.first().repeated)
             return false;
-        alternatives.ranges += items.first().ranges;
-        if (atEnd() || pattern.at(position) != QLatin1Char('|'))
-            break;
-        ++position;
-        items.clear();
-        if (!readItems(&items))
-            return false;
+        merged.ranges += items.first().ranges;
     }
-    sequence->append(alternatives);
+    steps->append(merged);
     return true;
 }
 
-bool SimplePattern::readItem(QVector<Step> *items)
+// "*" repeats the character step and "+" reads as the step and then "*".
+// A repeated group or word-boundary test is beyond this reading, and so are
+// escaped blanks, "[^]", the class escapes and the line anchors.
+bool SimplePattern::addItem(const ParsedPattern &pattern, const ParsedPattern::Item &item,
+                            QVector<Step> *steps)
 {
-    const QChar ch = next();
+    using Item = ParsedPattern::Item;
     Step step;
-    switch (ch.unicode()) {
-    case '(':
-        if (!atEnd() && pattern.at(position) == QLatin1Char('?')) {
-            if (position + 1 >= pattern.size() || pattern.at(position + 1) != QLatin1Char(':'))
-                return false;
-            position += 2;
-        }
-        if (!readSequence(items) || atEnd() || next() != QLatin1Char(')'))
+    switch (item.kind) {
+    case Item::Group:
+        return item.repeat == Item::Once && addAlternatives(pattern, item.group, steps);
+    case Item::Boundary:
+    case Item::NotBoundary:
+        step.kind = item.kind == Item::Boundary ? Step::Boundary : Step::NotBoundary;
+        steps->append(step);
+        return item.repeat == Item::Once;
+    case Item::Chars:
+        if (item.escapedBlank || item.ranges.isEmpty())
             return false;
-        // A repeated group is beyond this reading.
-        return atEnd() || !isQuantifier(pattern.at(position));
-    case '[':
-        if (!readClass(&step))
-            return false;
+        step.ranges = item.ranges;
+        step.negated = item.negated;
         break;
-    case '.':
+    case Item::AnyChar:
         step.negated = true; // excludes nothing
         break;
-    case '\\': {
-        if (atEnd())
-            return false;
-        const QChar escaped = next();
-        if (escaped == QLatin1Char('b') || escaped == QLatin1Char('B')) {
-            step.kind = escaped == QLatin1Char('b') ? Step::Boundary : Step::NotBoundary;
-            items->append(step);
-            return atEnd() || !isQuantifier(pattern.at(position));
-        }
-        if (!isPunctuation(escaped))
-            return false;
-        step.ranges.append({ escaped.unicode(), escaped.unicode() });
-        break;
-    }
-    case ')':
-    case '|':
-    case '^':
-    case '$':
-    case '?':
-    case '*':
-    case '+':
-    case '{':
-    case '}':
-    case ']':
+    case Item::ClassEscape:
+    case Item::LineAnchor:
         return false;
-    default:
-        step.ranges.append({ ch.unicode(), ch.unicode() });
-        break;
     }
-    items->append(step);
-    return readRepetition(items);
-}
-
-// "*" repeats the character step just read and "+" reads as the step and
-// then "*". One repetition at most, so that the longest match at a start
-// is found without a search.
-bool SimplePattern::readRepetition(QVector<Step> *items)
-{
-    if (atEnd() || !isQuantifier(pattern.at(position)))
+    steps->append(step);
+    switch (item.repeat) {
+    case Item::Once:
         return true;
-    const QChar quantifier = next();
-    if ((quantifier != QLatin1Char('*') && quantifier != QLatin1Char('+')) || repetitions > 0)
-        return false;
-    ++repetitions;
-    if (quantifier == QLatin1Char('+'))
-        items->append(items->last());
-    items->last().repeated = true;
-    return atEnd() || !isQuantifier(pattern.at(position));
-}
-
-bool SimplePattern::readClass(Step *step)
-{
-    if (!atEnd() && pattern.at(position) == QLatin1Char('^')) {
-        step->negated = true;
-        ++position;
+    case Item::Plus:
+        steps->append(step);
+        Q_FALLTHROUGH();
+    case Item::Star:
+        steps->last().repeated = true;
+        return true;
+    case Item::OtherRepeat:
+        break;
     }
-    if (atEnd() || pattern.at(position) == QLatin1Char(']'))
-        return false;
-    while (!atEnd() && pattern.at(position) != QLatin1Char(']')) {
-        QChar first = next();
-        if (first == QLatin1Char('[') || atEnd())
-            return false;
-        if (first == QLatin1Char('\\')) {
-            first = next();
-            if (!isPunctuation(first) || atEnd())
-                return false;
-        }
-        QChar last = first;
-        if (position + 1 < pattern.size() && pattern.at(position) == QLatin1Char('-')
-            && pattern.at(position + 1) != QLatin1Char(']')) {
-            last = pattern.at(position + 1);
-            position += 2;
-            if (last == QLatin1Char('\\') || last == QLatin1Char('[') || last < first)
-                return false;
-        }
-        step->ranges.append({ first.unicode(), last.unicode() });
-    }
-    if (atEnd())
-        return false;
-    ++position;
-    return true;
+    return false;
 }
 
 // Steps first to last, one character each or an assertion, from *at on.
@@ -230,7 +162,7 @@ QVector<QChar> SimplePattern::firstChars(int limit) const
         // A repeated first step may be absent: the start is then open.
         if (step.negated || step.repeated)
             return {};
-        for (const Range &range : step.ranges) {
+        for (const ParsedPattern::Range &range : step.ranges) {
             if (chars.size() + range.last - range.first + 1 > limit)
                 return {};
             for (uint code = range.first; code <= range.last; ++code)

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVector>
 
+#include "parsedpattern.h"
+
 // A regular expression (QRegExp syntax) that is a sequence of single
 // characters, character classes and word-boundary tests with at most one
 // repeated character or class in it, such as "a.b", "\b[{()}]\b", "(p|q)",
@@ -14,6 +16,7 @@ class SimplePattern
 {
 public:
     explicit SimplePattern(const QString &pattern);
+    explicit SimplePattern(const ParsedPattern &pattern);
 
     // False when the pattern is not such a sequence.
     bool isValid() const { return valid; }
@@ -26,33 +29,24 @@ public:
     QVector<QChar> firstChars(int limit) const;
 
 private:
-    struct Range
-    {
-        ushort first;
-        ushort last;
-    };
     struct Step
     {
         enum Kind { Chars, Boundary, NotBoundary } kind = Chars;
-        QVector<Range> ranges;
+        QVector<ParsedPattern::Range> ranges;
         bool negated = false;
         bool repeated = false; // any number of times, none included
         bool matches(QChar ch) const;
     };
 
-    bool readSequence(QVector<Step> *steps);
-    bool readItem(QVector<Step> *steps);
-    bool readClass(Step *step);
-    bool readRepetition(QVector<Step> *items);
+    static bool addSequence(const ParsedPattern &pattern, const ParsedPattern::Sequence &sequence,
+                            QVector<Step> *steps);
+    static bool addAlternatives(const ParsedPattern &pattern, int group, QVector<Step> *steps);
+    static bool addItem(const ParsedPattern &pattern, const ParsedPattern::Item &item,
+                        QVector<Step> *steps);
     bool stepsMatch(const QString &text, int first, int last, int *at) const;
-    bool atEnd() const { return position >= pattern.size(); }
-    QChar next() { return pattern.at(position++); }
 
-    const QString pattern;
-    int position = 0;
     QVector<Step> steps;
     int repeatedStep = -1;
-    int repetitions = 0;
     int shortest = 0;
     bool valid = false;
 };

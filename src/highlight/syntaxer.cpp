@@ -1,7 +1,5 @@
 #include "syntaxer.h"
 
-#include "zusourcecode.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -52,8 +50,9 @@ QTextCharFormat textFormat(Qt::GlobalColor colour, int weight)
 
 } // namespace
 
-Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *types)
-    : QSyntaxHighlighter(editor->document())
+Syntaxer::Syntaxer(QTextDocument *document, const QStringList &operations, const QStringList &types,
+                   QObject *parent)
+    : QSyntaxHighlighter(parent)
     , operationFormat(textFormat(Qt::red, QFont::Bold))
     , blackFormat(textFormat(Qt::black, QFont::Normal))
     , typeFormat(textFormat(Qt::blue, QFont::Normal))
@@ -63,7 +62,6 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
     , magentaFormat(textFormat(Qt::magenta, QFont::Bold))
     , commentFormat(textFormat(Qt::gray, QFont::Normal))
 {
-    setParent(editor);
     firstChars.resize(0x10000);
     simpleFirstChars.resize(0x10000);
     singleCharLiterals.resize(0x10000);
@@ -82,9 +80,9 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
         lastName = name;
         lastWholeWord = wholeWord;
     };
-    for (const QString &name : qAsConst(*operations))
+    for (const QString &name : operations)
         addNameRule(name, !name.contains(special), operationFormat);
-    for (const QString &name : qAsConst(*types))
+    for (const QString &name : types)
         addNameRule(name, true, typeFormat);
 
     // The last rule once more: harmless, and part of the rule list.
@@ -108,6 +106,7 @@ Syntaxer::Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *t
     backtick = QRegExp(QStringLiteral("`"));
     literalResume.resize(literals.size());
     simpleResume.resize(simpleRules.size());
+    setDocument(document);
 }
 
 // Chooses how the name rule's matches are found. Only an empty name or one
@@ -152,11 +151,12 @@ void Syntaxer::addPatternRule(int rule)
     const QRegExp &pattern = rules.at(rule).pattern;
     if (!pattern.isValid())
         return;
-    const SimplePattern simple(pattern.pattern());
+    const ParsedPattern parsed(pattern.pattern());
+    const SimplePattern simple(parsed);
     if (simple.isValid() && simple.minimumLength() > 0)
         addSimpleRule(rule, simple);
     else
-        patternRules.append(PatternRule { rule, PatternStart(pattern.pattern()) });
+        patternRules.append(PatternRule { rule, PatternStart(parsed) });
 }
 
 // Between word boundaries a name of word characters matches exactly the

@@ -11,8 +11,6 @@
 #include "simplepattern.h"
 #include "patternstart.h"
 
-class ZuSourceCode;
-
 // Colours a program line by line: the host's operation and type names,
 // numbers, strings, brackets and comments, each by a rule applied in order.
 //
@@ -34,7 +32,8 @@ public:
         QTextCharFormat format;
     };
 
-    Syntaxer(ZuSourceCode *editor, QStringList *operations, QStringList *types);
+    Syntaxer(QTextDocument *document, const QStringList &operations, const QStringList &types,
+             QObject *parent = nullptr);
 
     const QVector<HighRule> &highRules() const { return rules; }
 
