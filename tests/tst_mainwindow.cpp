@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QIcon>
@@ -26,14 +27,15 @@
 #include <QTextCodec>
 #include <QTextDocument>
 #include <QTimer>
+#include <QToolTip>
 
+#include "boxanswerer.h"
 #include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
 #include "iconbuttonstyle.h"
 #include "searchreplace.h"
 #include "seginterfaces.h"
-#include "testrunner.h"
 #include "testsupport.h"
 #include "textedit.h"
 
@@ -42,6 +44,10 @@ namespace {
 // ---------------------------------------------------------------------------
 // Connections seen through QObject::dumpObjectInfo(), which prints every
 // outgoing connection under its signal and every incoming one, newest first.
+// A connection to a member function pointer or a functor names no slot: it
+// shows as functorReceiver under its signal and as "<unknown>" coming in.
+
+const QString functorReceiver = QStringLiteral("<functor or function pointer>");
 
 QStringList *capturedLines = nullptr;
 
@@ -53,7 +59,8 @@ void captureMessage(QtMsgType, const QMessageLogContext &, const QString &messag
 
 struct ConnectionDump
 {
-    // signal signature -> "ReceiverClass::receiverName slotSignature"
+    // signal signature -> "ReceiverClass::receiverName slotSignature" or
+    // functorReceiver
     QMap<QString, QStringList> out;
     // "SenderClass::senderName slotSignature", newest connection first
     QStringList in;
@@ -81,6 +88,8 @@ ConnectionDump dumpConnections(const QObject *object)
             signal = text.mid(8);
         } else if (section == Out && text.startsWith(QLatin1String("--> "))) {
             dump.out[signal] << text.mid(4);
+        } else if (section == Out && text == functorReceiver) {
+            dump.out[signal] << text;
         } else if (section == In && text.startsWith(QLatin1String("<-- "))) {
             dump.in << text.mid(4);
         }
@@ -129,6 +138,17 @@ public:
     {
         for (const QMetaObject::Connection &c : qAsConst(connections))
             QObject::disconnect(c);
+    }
+
+    // The values reported under one key, in order.
+    QVariantList values(const QString &key) const
+    {
+        QVariantList result;
+        for (const Emission &e : emissions) {
+            if (e.signal == QLatin1String("changeVariant") && e.key == key)
+                result << e.value;
+        }
+        return result;
     }
 
     QStringList keys() const
@@ -200,6 +220,14 @@ const char *const commandRowButtons[] = {
     "seacrhButton", "compileProgramButton", "settingsButton", "pushButton",
 };
 
+// Files written for a window to list: name and content.
+using Files = QVector<QPair<const char *, const char *>>;
+
+// Project p of programs a and b.
+const Files projectOfTwoPrograms {
+    { "a.zu", "alpha\n" }, { "b.zu", "beta\n" }, { "p.zup", "a.zu\nb.zu\n" },
+};
+
 QString layoutItemName(QLayoutItem *item)
 {
     if (QWidget *widget = item->widget())
@@ -228,10 +256,17 @@ private:
     }
     QMap<QString, bool> pushButtonStates() const;
     void showWindow();
+    bool remakeWindowOver(const Files &files);
 
     TempCurrentDir workDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
+    // Found by remakeWindowOver().
+    QListWidget *programs = nullptr;
+    QListWidget *projects = nullptr;
+    QListWidget *projectPrograms = nullptr;
+    QTabWidget *selector = nullptr;
+    QTabWidget *tabs = nullptr;
 
 private slots:
     void initTestCase();
@@ -271,10 +306,20 @@ private slots:
     void actionsTextsIconsAndShortcuts();
 
     // Wiring
-    void constructorConnectionsReachTheirSlots_data();
-    void constructorConnectionsReachTheirSlots();
-    void directoryWatcherReachesDirChanged();
-    void constructorConnectionsAreMadeOnceInOrder();
+    void clickingTabReportsItCurrentOnce();
+    void tabCloseButtonClosesThatTabOnly();
+    void selectingOpenProgramBringsItsTabForward();
+    void selectingProjectShowsItsPrograms();
+    void selectingProjectProgramSetsItsButtons();
+    void fileWrittenInDirectoryAppearsInItsList();
+    void newButtonAddsOnePlaceholderThatEscapeDrops_data();
+    void newButtonAddsOnePlaceholderThatEscapeDrops();
+    void projectEditButtonOpensSelectedProgramOnce();
+    void projectDeleteButtonAsksOnceAndDeletesProject();
+    void hoveringItemShowsItsFileDetails_data();
+    void hoveringItemShowsItsFileDetails();
+    void searchPanelButtonsReachWindowOnce_data();
+    void searchPanelButtonsReachWindowOnce();
     void slotsAreWiredByObjectName_data();
     void slotsAreWiredByObjectName();
     void clearButtonEmptiesConsole();
@@ -377,7 +422,27 @@ void TestMainWindow::init()
 
 void TestMainWindow::cleanup()
 {
+    QToolTip::hideText();
     deletePlugin(plugin, window);
+    programs = projects = projectPrograms = nullptr;
+    selector = tabs = nullptr;
+    // The next window starts from an empty directory again.
+    for (const QString &entry : entriesOf())
+        QFile::remove(entry);
+}
+
+// Writes the files and makes the window again over them, shown and active,
+// so that its lists start from what they hold.
+bool TestMainWindow::remakeWindowOver(const Files &files)
+{
+    deletePlugin(plugin, window);
+    for (const auto &file : files) {
+        if (!writeFile(QString::fromLatin1(file.first), QByteArray(file.second)))
+            return false;
+    }
+    makePlugin(plugin, window);
+    return window && findListsAndTabs(window, programs, projects, projectPrograms, selector, tabs)
+           && showAndActivate(window);
 }
 
 // ---------------------------------------------------------------------------
@@ -839,137 +904,220 @@ void TestMainWindow::actionsTextsIconsAndShortcuts()
 // ---------------------------------------------------------------------------
 // Wiring
 
-void TestMainWindow::constructorConnectionsReachTheirSlots_data()
+// The constructor's own connections are made to member functions, which the
+// connection dump cannot name; each is shown working instead, through what
+// its slot does when a user triggers the signal. The search panel's close
+// is shown in closingPanelUnchecksButtonAndStoresSettings().
+
+void TestMainWindow::clickingTabReportsItCurrentOnce()
 {
-    QTest::addColumn<QString>("sender");     // object name; "delegate:<list>" for a list's delegate
-    QTest::addColumn<QString>("signal");     // as the connection dump names it
-    QTest::addColumn<QString>("slot");
+    QVERIFY(remakeWindowOver({ { "a.zu", "alpha\n" }, { "b.zu", "beta\n" } }));
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    QCOMPARE(tabs->currentIndex(), 1);
+    EmissionRecorder recorder(window);
 
-    const QString closeEditor = QStringLiteral("closeEditor(QWidget*,QAbstractItemDelegate::EndEditHint)");
-    const QString nameEditClosed = QStringLiteral("nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)");
-    // A clicked() connection is listed under clicked(bool): the signal with
-    // its argument defaulted shares the index of the full one.
-    const QString clicked = QStringLiteral("clicked(bool)");
+    clickTab(tabs, 0);
 
-    QTest::newRow("tabWidget currentChanged") << "tabWidget" << "currentChanged(int)" << "tabChanged(int)";
-    QTest::newRow("tabWidget tabCloseRequested") << "tabWidget" << "tabCloseRequested(int)" << "tabClose(int)";
-    QTest::newRow("programsList currentRowChanged")
-        << "programsList" << "currentRowChanged(int)" << "curProgChanged(int)";
-    QTest::newRow("projectsList currentRowChanged")
-        << "projectsList" << "currentRowChanged(int)" << "curProjChanged(int)";
-    QTest::newRow("currentProjectList currentRowChanged")
-        << "currentProjectList" << "currentRowChanged(int)" << "curProgPrjChanged(int)";
-    QTest::newRow("programsList delegate") << "delegate:programsList" << closeEditor << nameEditClosed;
-    QTest::newRow("projectsList delegate") << "delegate:projectsList" << closeEditor << nameEditClosed;
-    QTest::newRow("currentProjectList delegate") << "delegate:currentProjectList" << closeEditor << nameEditClosed;
-    QTest::newRow("newprjButton") << "newprjButton" << clicked << "on_newProgButton_clicked()";
-    QTest::newRow("newProgPrjButton") << "newProgPrjButton" << clicked << "on_newProgButton_clicked()";
-    QTest::newRow("editProgPrjButton") << "editProgPrjButton" << clicked << "on_editButton_clicked()";
-    QTest::newRow("delprjButton") << "delprjButton" << clicked << "on_delProgButton_clicked()";
-    QTest::newRow("programsList itemEntered")
-        << "programsList" << "itemEntered(QListWidgetItem*)" << "onItemEntered(QListWidgetItem*)";
-    QTest::newRow("projectsList itemEntered")
-        << "projectsList" << "itemEntered(QListWidgetItem*)" << "onItemEntered(QListWidgetItem*)";
-    QTest::newRow("currentProjectList itemEntered")
-        << "currentProjectList" << "itemEntered(QListWidgetItem*)" << "onItemEntered(QListWidgetItem*)";
-    QTest::newRow("panel rejected") << "panel:" << "rejected()" << "hideSearch()";
-    QTest::newRow("panel searchNext") << "panel:searchNext" << clicked << "searchRequested()";
-    QTest::newRow("panel replaceIt") << "panel:replaceIt" << clicked << "replaceRequested()";
-    QTest::newRow("panel replaceAll") << "panel:replaceAll" << clicked << "replaceAllRequested()";
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(recorder.keys(), QStringList { "openedtab" });
+    QCOMPARE(recorder.values(QStringLiteral("openedtab")), QVariantList { QStringLiteral("a") });
 }
 
-void TestMainWindow::constructorConnectionsReachTheirSlots()
+void TestMainWindow::tabCloseButtonClosesThatTabOnly()
 {
-    QFETCH(QString, sender);
-    QFETCH(QString, signal);
-    QFETCH(QString, slot);
+    QVERIFY(remakeWindowOver({ { "a.zu", "" }, { "b.zu", "" }, { "c.zu", "" } }));
+    for (const char *name : { "a", "b", "c" })
+        window->addTextTab(QLatin1String(name));
+    EmissionRecorder recorder(window);
 
-    SearchReplace *panel = window->searchPanel();
-    QVERIFY(panel);
-    QObject *object = nullptr;
-    if (sender == QLatin1String("panel:")) {
-        object = panel;
-    } else if (sender == QLatin1String("panel:searchNext")) {
-        object = panel->searchNext();
-    } else if (sender == QLatin1String("panel:replaceIt")) {
-        object = panel->replaceIt();
-    } else if (sender == QLatin1String("panel:replaceAll")) {
-        object = panel->replaceAll();
-    } else if (sender.startsWith(QLatin1String("delegate:"))) {
-        auto *list = windowChild<QListWidget>(sender.mid(9).toLatin1().constData());
-        QVERIFY(list);
-        object = list->itemDelegate();
-    } else {
-        const QList<QObject *> found = windowObjects(sender);
-        QCOMPARE(found.size(), 1);
-        object = found.first();
-    }
-    QVERIFY(object);
+    QAbstractButton *close = closeButtonOf(tabs, 1);
+    QVERIFY(close);
+    QTest::mouseClick(close, Qt::LeftButton);
 
-    const ConnectionDump dump = dumpConnections(object);
-    const QString receiver = QStringLiteral("EditWindow::EditWindow ") + slot;
-    QVERIFY2(dump.out.value(signal).contains(receiver),
-             qPrintable(QStringLiteral("%1 not under %2; found: %3")
-                            .arg(receiver, signal, dump.out.value(signal).join(QLatin1String("; ")))));
-    QCOMPARE(dump.out.value(signal).count(receiver), 1);
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "c" }));
+    QCOMPARE(recorder.values(QStringLiteral("openedlist")), (QVariantList { QStringList { "a", "c" } }));
 }
 
-void TestMainWindow::directoryWatcherReachesDirChanged()
+void TestMainWindow::selectingOpenProgramBringsItsTabForward()
 {
-    // The watcher is a member without a parent: only the window's incoming
-    // connections show it.
-    const ConnectionDump dump = dumpConnections(window);
-    QCOMPARE(dump.in.count(QStringLiteral("QFileSystemWatcher::unnamed dirChanged(QString)")), 1);
+    QVERIFY(remakeWindowOver({ { "a.zu", "" }, { "b.zu", "" }, { "c.zu", "" } }));
+    window->addTextTab(QStringLiteral("b"));
+    window->addTextTab(QStringLiteral("c"));
+    clickTab(selector, 0);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("a"));
+    QCOMPARE(tabs->currentIndex(), 1);
+    QVERIFY(windowChild<QPushButton>("editButton")->isEnabled());
+
+    clickItem(programs, itemNamed(programs, QStringLiteral("b")));
+
+    QCOMPARE(tabs->currentIndex(), 0);
+    for (const char *name : { "editButton", "renameButton", "delProgButton" })
+        QVERIFY2(!windowChild<QPushButton>(name)->isEnabled(), name);
 }
 
-void TestMainWindow::constructorConnectionsAreMadeOnceInOrder()
+void TestMainWindow::selectingProjectShowsItsPrograms()
 {
-    // The connections the constructor makes itself, identified by sender and
-    // slot, in the order they are made.
-    const QStringList expected {
-        "QTabWidget::tabWidget tabChanged(int)",
-        "QTabWidget::tabWidget tabClose(int)",
-        "QListWidget::programsList curProgChanged(int)",
-        "QListWidget::projectsList curProjChanged(int)",
-        "QListWidget::currentProjectList curProgPrjChanged(int)",
-        "QFileSystemWatcher::unnamed dirChanged(QString)",
-        "QStyledItemDelegate::unnamed nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)",
-        "QStyledItemDelegate::unnamed nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)",
-        "QStyledItemDelegate::unnamed nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)",
-        "QPushButton::newprjButton on_newProgButton_clicked()",
-        "QPushButton::newProgPrjButton on_newProgButton_clicked()",
-        "QPushButton::editProgPrjButton on_editButton_clicked()",
-        "QPushButton::delprjButton on_delProgButton_clicked()",
-        "QListWidget::programsList onItemEntered(QListWidgetItem*)",
-        "QListWidget::projectsList onItemEntered(QListWidgetItem*)",
-        "QListWidget::currentProjectList onItemEntered(QListWidgetItem*)",
-        "SearchReplace::SearchReplace hideSearch()",
-        "QPushButton::searchNext searchRequested()",
-        "QPushButton::replaceIt replaceRequested()",
-        "QPushButton::replaceAll replaceAllRequested()",
-    };
-    // The same slots also receive the by-name connections of their own buttons.
-    const QStringList byName {
-        "QPushButton::newProgButton on_newProgButton_clicked()",
-        "QPushButton::editButton on_editButton_clicked()",
-        "QPushButton::delProgButton on_delProgButton_clicked()",
-    };
-    const QStringList slotsMadeHere {
-        "tabChanged(int)", "tabClose(int)", "curProgChanged(int)", "curProjChanged(int)",
-        "curProgPrjChanged(int)", "dirChanged(QString)",
-        "nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)", "on_newProgButton_clicked()",
-        "on_editButton_clicked()", "on_delProgButton_clicked()", "onItemEntered(QListWidgetItem*)",
-        "hideSearch()", "searchRequested()", "replaceRequested()", "replaceAllRequested()",
-    };
+    QVERIFY(remakeWindowOver({ { "p.zup", "a.zu\n" }, { "q.zup", "b.zu\nc.zu\n" } }));
+    auto *box = windowChild<QGroupBox>("currProjBox");
+    QVERIFY(box);
+    QCOMPARE(box->title(), QStringLiteral("p"));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
 
-    const ConnectionDump dump = dumpConnections(window);
-    QStringList actual;
-    for (const QString &entry : dump.in) {
-        const QString slot = entry.section(QLatin1Char(' '), 1);
-        if (slotsMadeHere.contains(slot) && !byName.contains(entry))
-            actual.prepend(entry);   // the dump lists the newest first
-    }
-    QCOMPARE(actual, expected);
+    clickItem(projects, itemNamed(projects, QStringLiteral("q")));
+
+    QCOMPARE(box->title(), QStringLiteral("q"));
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "b", "c" }));
+}
+
+void TestMainWindow::selectingProjectProgramSetsItsButtons()
+{
+    QVERIFY(remakeWindowOver(projectOfTwoPrograms));
+    auto *edit = windowChild<QPushButton>("editProgPrjButton");
+    auto *up = windowChild<QPushButton>("upInPrjButton");
+    auto *down = windowChild<QPushButton>("downInPrjButton");
+    QVERIFY(edit && up && down);
+    QVERIFY(!edit->isEnabled());
+
+    clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("b")));
+    QVERIFY(edit->isEnabled());
+    QVERIFY(up->isEnabled());
+    QVERIFY(!down->isEnabled());
+
+    clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("a")));
+    QVERIFY(!up->isEnabled());
+    QVERIFY(down->isEnabled());
+}
+
+void TestMainWindow::fileWrittenInDirectoryAppearsInItsList()
+{
+    QVERIFY(remakeWindowOver({}));
+    QCOMPARE(programs->count(), 0);
+    QCOMPARE(projects->count(), 0);
+
+    QVERIFY(writeFile(QStringLiteral("late.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), QStringList { "late" }, watcherTimeout);
+    QVERIFY(writeFile(QStringLiteral("later.zup")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "later" }, watcherTimeout);
+}
+
+void TestMainWindow::newButtonAddsOnePlaceholderThatEscapeDrops_data()
+{
+    QTest::addColumn<QString>("buttonName");
+    QTest::addColumn<QString>("listName");
+    QTest::addColumn<int>("page");   // the selector page the user looks at
+
+    QTest::newRow("programs") << "newProgButton" << "programsList" << 0;
+    QTest::newRow("projects") << "newprjButton" << "projectsList" << 1;
+    QTest::newRow("project programs") << "newProgPrjButton" << "currentProjectList" << 1;
+}
+
+void TestMainWindow::newButtonAddsOnePlaceholderThatEscapeDrops()
+{
+    QFETCH(QString, buttonName);
+    QFETCH(QString, listName);
+    QFETCH(int, page);
+
+    QVERIFY(remakeWindowOver(projectOfTwoPrograms));
+    clickTab(selector, page);
+    auto *list = windowChild<QListWidget>(listName.toLatin1().constData());
+    auto *newButton = windowChild<QPushButton>(buttonName.toLatin1().constData());
+    QVERIFY(list);
+    QVERIFY(newButton);
+    // A selected item enables the row's buttons.
+    clickRow(list, 0);
+    QVERIFY(newButton->isEnabled());
+    const QStringList before = itemTexts(list);
+
+    QTest::mouseClick(newButton, Qt::LeftButton);
+
+    QCOMPARE(itemTexts(list), before + QStringList { EditWindow::placeholderName() });
+    QLineEdit *editor = openEditor(list);
+    QVERIFY(editor);
+    QCOMPARE(editor->text(), EditWindow::placeholderName());
+
+    // The list's delegate closes the editor; the unnamed item goes with it.
+    QTest::keyClick(editor, Qt::Key_Escape);
+    QTRY_VERIFY(!openEditor(list));
+    QCOMPARE(itemTexts(list), before);
+}
+
+void TestMainWindow::projectEditButtonOpensSelectedProgramOnce()
+{
+    QVERIFY(remakeWindowOver(projectOfTwoPrograms));
+    clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("b")));
+    EmissionRecorder recorder(window);
+
+    QTest::mouseClick(windowChild<QPushButton>("editProgPrjButton"), Qt::LeftButton);
+
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
+    QCOMPARE(recorder.values(QStringLiteral("openedlist")), QVariantList { QStringList { "b" } });
+}
+
+void TestMainWindow::projectDeleteButtonAsksOnceAndDeletesProject()
+{
+    QVERIFY(remakeWindowOver({ { "p.zup", "" }, { "q.zup", "" } }));
+    clickItem(projects, itemNamed(projects, QStringLiteral("q")));
+    BoxAnswerer answerer(QMessageBox::Yes);
+
+    QTest::mouseClick(windowChild<QPushButton>("delprjButton"), Qt::LeftButton);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QVERIFY2(answerer.shown.first().text.endsWith(QStringLiteral("Удалить проект q ?")),
+             qPrintable(answerer.shown.first().text));
+    QVERIFY(!QFile::exists(QStringLiteral("q.zup")));
+    QVERIFY(QFile::exists(QStringLiteral("p.zup")));
+}
+
+void TestMainWindow::hoveringItemShowsItsFileDetails_data()
+{
+    QTest::addColumn<QString>("listName");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("file");
+
+    QTest::newRow("programs") << "programsList" << 0 << "a" << "a.zu";
+    QTest::newRow("projects") << "projectsList" << 1 << "p" << "p.zup";
+    QTest::newRow("project programs") << "currentProjectList" << 1 << "b" << "b.zu";
+}
+
+void TestMainWindow::hoveringItemShowsItsFileDetails()
+{
+    QFETCH(QString, listName);
+    QFETCH(int, page);
+    QFETCH(QString, item);
+    QFETCH(QString, file);
+
+    // No tool tip is left from before.
+    QTRY_COMPARE(QToolTip::text(), QString());
+    QVERIFY(remakeWindowOver(projectOfTwoPrograms));
+    clickTab(selector, page);
+    auto *list = windowChild<QListWidget>(listName.toLatin1().constData());
+    QVERIFY(list);
+
+    hoverItem(list, itemNamed(list, item));
+
+    QTRY_COMPARE(QToolTip::text().section(QLatin1Char('\n'), 0, 0), QFileInfo(file).absoluteFilePath());
+}
+
+void TestMainWindow::searchPanelButtonsReachWindowOnce_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("searchNext") << "searchNext";
+    QTest::newRow("replaceIt") << "replaceIt";
+    QTest::newRow("replaceAll") << "replaceAll";
+}
+
+void TestMainWindow::searchPanelButtonsReachWindowOnce()
+{
+    QFETCH(QString, name);
+
+    // Their slots do nothing to see yet: the connections themselves are
+    // checked, one from the button and one into the window.
+    auto *button = window->searchPanel()->findChild<QPushButton *>(name);
+    QVERIFY(button);
+    QCOMPARE(dumpConnections(button).out.value(QStringLiteral("clicked(bool)")), QStringList { functorReceiver });
+    QCOMPARE(dumpConnections(window).in.count(QStringLiteral("QPushButton::%1 <unknown>").arg(name)), 1);
 }
 
 void TestMainWindow::slotsAreWiredByObjectName_data()
@@ -1590,6 +1738,6 @@ void TestMainWindow::settingsButtonRequestsSettingsPage()
     QCOMPARE(spy.at(0).at(1).toString(), QString());
 }
 
-ZU_REGISTER_TEST(TestMainWindow)
+QTEST_MAIN(TestMainWindow)
 
 #include "tst_mainwindow.moc"

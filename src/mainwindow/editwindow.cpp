@@ -3,14 +3,15 @@
 
 #include "codepage.h"
 #include "iconbuttonstyle.h"
+#include "plugindescriptor.h"
 #include "searchreplace.h"
-#include "textedit.h"
 
+#include <QDir>
 #include <QTextCodec>
 
 #include <utility>
 
-EditWindow::EditWindow(TextEdit *plugin, QWidget *parent)
+EditWindow::EditWindow(PluginInterface *plugin, QWidget *parent)
     : QMainWindow(parent)
     , ui(new Ui::EditWindow)
     , plugin(plugin)
@@ -21,7 +22,7 @@ EditWindow::EditWindow(TextEdit *plugin, QWidget *parent)
     setCentralWidget(ui->horizontalLayoutWidget);
     showListButtonsAsIcons();
 
-    dirWatcher.addPath(QStringLiteral("."));
+    dirWatcher.addPath(QDir::currentPath());
 
     ui->currProjBox->setEnabled(false);
     ui->consoleEdit->setFixedHeight(100);
@@ -54,27 +55,25 @@ void EditWindow::showListButtonsAsIcons()
 
 void EditWindow::makeConnections()
 {
-    connect(ui->tabWidget, SIGNAL(currentChanged(int)), this, SLOT(tabChanged(int)));
-    connect(ui->tabWidget, SIGNAL(tabCloseRequested(int)), this, SLOT(tabClose(int)));
-    connect(ui->programsList, SIGNAL(currentRowChanged(int)), this, SLOT(curProgChanged(int)));
-    connect(ui->projectsList, SIGNAL(currentRowChanged(int)), this, SLOT(curProjChanged(int)));
-    connect(ui->currentProjectList, SIGNAL(currentRowChanged(int)), this, SLOT(curProgPrjChanged(int)));
-    connect(&dirWatcher, SIGNAL(directoryChanged(QString)), this, SLOT(dirChanged(QString)));
+    connect(ui->tabWidget, &QTabWidget::currentChanged, this, qOverload<int>(&EditWindow::tabChanged));
+    connect(ui->tabWidget, &QTabWidget::tabCloseRequested, this, qOverload<int>(&EditWindow::tabClose));
+    connect(ui->programsList, &QListWidget::currentRowChanged, this, &EditWindow::curProgChanged);
+    connect(ui->projectsList, &QListWidget::currentRowChanged, this, &EditWindow::curProjChanged);
+    connect(ui->currentProjectList, &QListWidget::currentRowChanged, this, &EditWindow::curProgPrjChanged);
+    connect(&dirWatcher, &QFileSystemWatcher::directoryChanged, this, &EditWindow::dirChanged);
     for (QListWidget *list : { ui->programsList, ui->projectsList, ui->currentProjectList }) {
-        connect(list->itemDelegate(), SIGNAL(closeEditor(QWidget*,QAbstractItemDelegate::EndEditHint)),
-                this, SLOT(nameEditClosed(QWidget*,QAbstractItemDelegate::EndEditHint)));
+        connect(list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this, &EditWindow::nameEditClosed);
+        connect(list, &QListWidget::itemEntered, this, &EditWindow::onItemEntered);
     }
     // One slot serves a button of the programs page and its counterparts.
-    connect(ui->newprjButton, SIGNAL(clicked()), this, SLOT(on_newProgButton_clicked()));
-    connect(ui->newProgPrjButton, SIGNAL(clicked()), this, SLOT(on_newProgButton_clicked()));
-    connect(ui->editProgPrjButton, SIGNAL(clicked()), this, SLOT(on_editButton_clicked()));
-    connect(ui->delprjButton, SIGNAL(clicked()), this, SLOT(on_delProgButton_clicked()));
-    for (QListWidget *list : { ui->programsList, ui->projectsList, ui->currentProjectList })
-        connect(list, SIGNAL(itemEntered(QListWidgetItem*)), this, SLOT(onItemEntered(QListWidgetItem*)));
-    connect(search, SIGNAL(rejected()), this, SLOT(hideSearch()));
-    connect(search->searchNext(), SIGNAL(clicked()), this, SLOT(searchRequested()));
-    connect(search->replaceIt(), SIGNAL(clicked()), this, SLOT(replaceRequested()));
-    connect(search->replaceAll(), SIGNAL(clicked()), this, SLOT(replaceAllRequested()));
+    connect(ui->newprjButton, &QPushButton::clicked, this, &EditWindow::on_newProgButton_clicked);
+    connect(ui->newProgPrjButton, &QPushButton::clicked, this, &EditWindow::on_newProgButton_clicked);
+    connect(ui->editProgPrjButton, &QPushButton::clicked, this, &EditWindow::on_editButton_clicked);
+    connect(ui->delprjButton, &QPushButton::clicked, this, &EditWindow::on_delProgButton_clicked);
+    connect(search, &QDialog::rejected, this, &EditWindow::hideSearch);
+    connect(search->searchNext(), &QPushButton::clicked, this, &EditWindow::searchRequested);
+    connect(search->replaceIt(), &QPushButton::clicked, this, &EditWindow::replaceRequested);
+    connect(search->replaceAll(), &QPushButton::clicked, this, &EditWindow::replaceAllRequested);
 }
 
 // A negative value leaves a button as it is, 0 disables it, anything else
@@ -131,7 +130,7 @@ bool EditWindow::stop()
     emit changeVariant(QStringLiteral("MainWinState"), saveState(), false, true);
     emit changeVariant(QStringLiteral("MainWinOpen"), isVisible(), false, true);
     storeSearchSettings();
-    emit pluginDead(plugin->descriptor());
+    emit pluginDead(pluginDescriptor(plugin));
     return true;
 }
 
@@ -143,7 +142,7 @@ void EditWindow::exchangeSettings(SettingsList list, QString *a, QString *b)
 void EditWindow::on_settingsButton_clicked()
 {
     // The host names the plug-in's settings page "<title>.<instance>".
-    const SEGINTERFACES *descriptor = plugin->descriptor();
+    const SEGINTERFACES *descriptor = pluginDescriptor(plugin);
     const QString title = windows1251()->toUnicode(descriptor->title);
     emit editSetting(title + QStringLiteral(".%1").arg(descriptor->instanceNumber), QString());
 }

@@ -12,6 +12,7 @@
 #include <QWaitCondition>
 
 #include "cursorhistorypos.h"
+#include "editorwindowinterface.h"
 #include "hosttables.h"
 #include "seginterfaces.h"
 #include "settingelement.h"
@@ -21,26 +22,29 @@ class EditWindow;
 }
 
 class QCompleter;
+class QFileDevice;
 class QListWidget;
 class QListWidgetItem;
+class PluginInterface;
 class SearchReplace;
 class Syntaxer;
-class TextEdit;
 class ZuSourceCode;
 
 // The editor's one top-level window: program and project lists on the
 // left, editor tabs, command buttons and the compiler console on the right.
 // Its member functions are spread over one source file per subsystem.
-class EditWindow : public QMainWindow
+// It knows the plug-in object only as a host does: through the plug-in
+// interface and the descriptor that follows it.
+class EditWindow : public QMainWindow, public EditorWindowInterface
 {
     Q_OBJECT
 
 public:
-    explicit EditWindow(TextEdit *plugin, QWidget *parent = nullptr);
+    explicit EditWindow(PluginInterface *plugin, QWidget *parent = nullptr);
     ~EditWindow() override;
 
     // Window and buttons (editwindow.cpp)
-    void setEditButtons(int save, int saveAs, int undo, int redo, int compile);
+    void setEditButtons(int save, int saveAs, int undo, int redo, int compile) override;
     void enableProgProj();
     void disableProgProj();
     SearchReplace *searchPanel() const { return search; }
@@ -60,7 +64,7 @@ public:
     QString storedOpenedTab() const { return openedTab; }
 
     // Host tables (editwindow_compile.cpp)
-    QString getOperToolTip(QString name);
+    QString getOperToolTip(QString name) override;
     const QStringList &operationNames() const { return operList; }
     const QStringList &typeNames() const { return typeList; }
 
@@ -86,7 +90,7 @@ public:
     bool alreadyOpen(QString name);
     bool findOpenTab(QString name);
     void openProgsList(QStringList names);
-    void setEditTabName(QString name);
+    void setEditTabName(QString name) override;
     QString currTabName() const;
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
@@ -112,7 +116,7 @@ public slots:
     void tabChanged(int);
     void tabChanged(QWidget *);
     void tabClose(int);
-    void tabClose(QString);
+    void tabClose(QString) override;
     void curProgChanged(int);
     void curProjChanged(int);
     void curProgPrjChanged(int);
@@ -124,13 +128,13 @@ public slots:
     bool stop();
     void exchangeSettings(SettingsList, QString *, QString *);
     void switchOrLoad(QString);
-    void addProgListAndEdit(QString);
+    void addProgListAndEdit(QString) override;
     void parseMessage(QString);
     void zupselected(bool, QString);
     void newSettingsProgramsDir(QString, QString);
-    void storeCursorToHistory(QString, int);
-    void cursorPrevPosition(int);
-    void cursorNextPosition(int);
+    void storeCursorToHistory(QString, int) override;
+    void cursorPrevPosition(int) override;
+    void cursorNextPosition(int) override;
     void saveFileIfChanged(QString);
     void saveEntireProject();
     void operToolTipAnswer(QString);
@@ -168,7 +172,11 @@ private:
     static QStringList namesOnDisk(const char *ext);
     static QStringList listTexts(const QListWidget *list);
     void refill(QListWidget *list, const QStringList &names);
-    void projectFileError();
+    void projectFileError(const QFileDevice &file);
+    bool writeProject(const QString &project, const QStringList &programs);
+    void enterProgramsDir(const QString &dir);
+    void fileError(const QString &title, const QString &what, const QString &why);
+    bool createEmptyFile(const QString &fileName);
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
@@ -182,7 +190,7 @@ private:
     QFileSystemWatcher dirWatcher;
     bool newItemMode = false;
     bool stopped = false;
-    TextEdit *plugin;
+    PluginInterface *plugin;
     QString curProgName;
     QString programsDir;
     QString hostDirArg;

@@ -1,0 +1,31 @@
+#ifndef EDITORWINDOWINTERFACE_H
+#define EDITORWINDOWINTERFACE_H
+
+#include <QString>
+
+// What an editor asks of the window that holds its tab. The calls are
+// direct and synchronous: the editor acts on their effect at once, and a
+// tool tip comes back as the return value.
+class EditorWindowInterface
+{
+public:
+    // A negative value leaves a button as it is, 0 disables it, anything
+    // else enables it.
+    virtual void setEditButtons(int save, int saveAs, int undo, int redo, int compile) = 0;
+    // The current tab's program took a new name.
+    virtual void setEditTabName(QString name) = 0;
+    virtual void tabClose(QString name) = 0;
+    // Brings the window forward with the program's tab.
+    virtual void addProgListAndEdit(QString name) = 0;
+
+    virtual void storeCursorToHistory(QString name, int position) = 0;
+    virtual void cursorPrevPosition(int limit) = 0;
+    virtual void cursorNextPosition(int limit) = 0;
+
+    virtual QString getOperToolTip(QString name) = 0;
+
+protected:
+    ~EditorWindowInterface() = default;
+};
+
+#endif // EDITORWINDOWINTERFACE_H
