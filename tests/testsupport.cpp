@@ -16,6 +16,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
+#include <cstring>
+
+#include <sys/resource.h>
+
 QString u(const char *utf8)
 {
     return QString::fromUtf8(utf8);
@@ -72,6 +77,39 @@ QStringList entriesOf(const QString &path)
                                 QDir::Name);
 }
 
+QString systemErrorText(int errorNumber)
+{
+    return QString::fromLocal8Bit(std::strerror(errorNumber));
+}
+
+QString unencodableCharacterText(const QString &character, const QString &codePoint, int line)
+{
+    return u("Символ «") + character + u("» (U+") + codePoint + u(") в строке ") + QString::number(line)
+           + u(" нельзя записать в кодировке windows-1251.");
+}
+
+FileSizeLimit::FileSizeLimit(quint64 bytes)
+{
+    previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit {};
+    if (getrlimit(RLIMIT_FSIZE, &limit) != 0)
+        return;
+    previousLimit = limit.rlim_cur;
+    limit.rlim_cur = rlim_t(bytes);
+    active = setrlimit(RLIMIT_FSIZE, &limit) == 0;
+}
+
+FileSizeLimit::~FileSizeLimit()
+{
+    if (active) {
+        rlimit limit {};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = rlim_t(previousLimit);
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    std::signal(SIGXFSZ, previousHandler);
+}
+
 // ---------------------------------------------------------------------------
 // Widgets
 
@@ -109,6 +147,13 @@ QPoint itemCenter(QListWidget *list, QListWidgetItem *item)
 {
     list->scrollToItem(item);
     return list->visualItemRect(item).center();
+}
+
+void hoverItem(QListWidget *list, QListWidgetItem *item)
+{
+    const QPoint center = itemCenter(list, item);
+    QTest::mouseMove(list->viewport(), QPoint(list->viewport()->width() - 2, list->viewport()->height() - 2));
+    QTest::mouseMove(list->viewport(), center);
 }
 
 void clickItem(QListWidget *list, QListWidgetItem *item)

@@ -55,6 +55,30 @@ bool writeAgedFile(const QString &path, const QByteArray &data);
 // Everything a directory holds, hidden entries included, sorted by name.
 QStringList entriesOf(const QString &path = QStringLiteral("."));
 
+// What the system says about an error number, as a file's errorString()
+// gives it.
+QString systemErrorText(int errorNumber);
+
+// The message naming a character windows-1251 has no byte for (written
+// "U+" and codePoint) and its 1-based line.
+QString unencodableCharacterText(const QString &character, const QString &codePoint, int line);
+
+// Lowers the largest file this process may write, so that a write beyond it
+// fails with an error instead of a signal; restores both on destruction.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(quint64 bytes);
+    ~FileSizeLimit();
+    bool isActive() const { return active; }
+
+private:
+    Q_DISABLE_COPY(FileSizeLimit)
+    quint64 previousLimit = 0;
+    bool active = false;
+    void (*previousHandler)(int) = nullptr;
+};
+
 // ---------------------------------------------------------------------------
 // Widgets
 
@@ -65,6 +89,10 @@ QStringList tabTexts(const QTabWidget *tabs);
 QListWidgetItem *itemNamed(const QListWidget *list, const QString &text);
 // Scrolls the item into view first.
 QPoint itemCenter(QListWidget *list, QListWidgetItem *item);
+// Moves the mouse over an item. The pointer first goes to the empty corner
+// of the list, so that it really moves even when it last stood at the same
+// place, in another list or another window.
+void hoverItem(QListWidget *list, QListWidgetItem *item);
 void clickItem(QListWidget *list, QListWidgetItem *item);
 void clickRow(QListWidget *list, int row);
 // A real double click: press, release, the double-click event, release.

@@ -7,6 +7,8 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QEventLoop>
+#include <QTimer>
 #include <QFile>
 #include <QLabel>
 #include <QMessageBox>
@@ -20,6 +22,7 @@
 #include <QTextDocument>
 #include <QTranslator>
 
+#include "boxanswerer.h"
 #include "progdelete.h"
 #include "testsupport.h"
 #include "zuporzu.h"
@@ -33,6 +36,18 @@ void clickStandardButton(QWidget *dialog, QDialogButtonBox::StandardButton which
     QPushButton *button = box->button(which);
     QVERIFY(button);
     QTest::mouseClick(button, Qt::LeftButton);
+}
+
+// Clicks the button as the user does: from within the running event loop,
+// which a deferred deletion of the dialog waits for.
+void clickInEventLoop(QWidget *dialog, QDialogButtonBox::StandardButton which)
+{
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&loop, dialog, which] {
+        clickStandardButton(dialog, which);
+        loop.quit();
+    });
+    loop.exec();
 }
 
 // The dialog's own widgets in the order they were made.
@@ -160,11 +175,12 @@ private slots:
     void deleteDialogKeepsCheckMarkWhileFileIsAway();
     void deleteDialogUsesTheDirectoryLastFilled();
     void deleteDialogRemovesCheckedFileWhoseBoxIsDisabled();
+    void deleteDialogReportsFileThatCannotBeRemoved();
     void deleteDialogDeletesItselfWhenFinished_data();
     void deleteDialogDeletesItselfWhenFinished();
 
 private:
-    ProgDelete *makeProgDelete(const QString &name, const QString &dir);
+    ProgDelete *makeProgDelete(const QString &name, const QString &dir, QWidget *parent = nullptr);
     QCheckBox *box(const char *name) const;
 
     QPointer<ProgDelete> progDelete;
@@ -175,9 +191,9 @@ void TestDialogs::cleanup()
     delete progDelete;
 }
 
-ProgDelete *TestDialogs::makeProgDelete(const QString &name, const QString &dir)
+ProgDelete *TestDialogs::makeProgDelete(const QString &name, const QString &dir, QWidget *parent)
 {
-    progDelete = new ProgDelete(nullptr, name, dir);
+    progDelete = new ProgDelete(parent, name, dir);
     return progDelete;
 }
 
@@ -748,6 +764,54 @@ void TestDialogs::deleteDialogRemovesCheckedFileWhoseBoxIsDisabled()
 
     QVERIFY(!QFile::exists(strings));
     QVERIFY(QFile::exists(watched.filePath(QStringLiteral("prog.st"))));
+}
+
+// "prog.st" is a directory with something in it and "prog.vn" is gone by
+// the time the user clicks OK: the first is reported over the window the
+// dialog belongs to, the second passed over, and the other files go.
+void TestDialogs::deleteDialogReportsFileThatCannotBeRemoved()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    for (const char *extension : { ".zu", ".vn", ".cp" })
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("prog") + QLatin1String(extension)), "x"));
+    const QString strings = dir.filePath(QStringLiteral("prog.st"));
+    QVERIFY(QDir().mkpath(strings + QStringLiteral("/inside")));
+    QWidget owner;
+    QVERIFY(showAndActivate(&owner));
+    ProgDelete *dialog = makeProgDelete(QStringLiteral("prog"), dir.path(), &owner);
+    QSignalSpy finished(dialog, &QDialog::finished);
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(dialog));
+    for (const char *name : boxNames) {
+        QVERIFY(box(name));
+        QVERIFY(box(name)->isEnabled());
+        clickCheck(box(name));
+        QVERIFY(box(name)->isChecked());
+    }
+    QVERIFY(QFile::remove(dir.filePath(QStringLiteral("prog.vn"))));
+
+    BoxAnswerer answerer(QMessageBox::Ok);
+    QList<QWidget *> boxParents;
+    answerer.snapshot = [&boxParents] {
+        if (QWidget *shown = QApplication::activeModalWidget())
+            boxParents << shown->parentWidget();
+        return QStringList();
+    };
+    clickInEventLoop(dialog, QDialogButtonBox::Ok);
+
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.at(0).at(0).toInt(), int(QDialog::Accepted));
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.at(0).title, QStringLiteral("Ошибка удаления файла"));
+    QFile stillThere(strings);
+    QVERIFY(!stillThere.remove());
+    QCOMPARE(answerer.shown.at(0).text, strings + QLatin1Char('\n') + stillThere.errorString());
+    QCOMPARE(answerer.shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(boxParents, QList<QWidget *> { &owner });
+    QCOMPARE(entriesOf(dir.path()), QStringList { "prog.st" });
+    QCOMPARE(entriesOf(strings), QStringList { "inside" });
 }
 
 void TestDialogs::deleteDialogDeletesItselfWhenFinished_data()

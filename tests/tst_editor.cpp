@@ -4,6 +4,7 @@
 // line-number gutter.
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -26,11 +27,9 @@
 #include <QTimer>
 #include <QtTest>
 
-#include <csignal>
+#include <cerrno>
 #include <functional>
 #include <memory>
-
-#include <sys/resource.h>
 
 #include "editorsupport.h"
 #include "editwindow.h"
@@ -297,34 +296,6 @@ struct ChangeProbe
     bool fired = false;
 };
 
-// Lowers the largest file this process may write, so that a write fails
-// with an error instead of a signal; restores both on destruction.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        if (getrlimit(RLIMIT_FSIZE, &previous) != 0)
-            return;
-        rlimit lowered = previous;
-        lowered.rlim_cur = bytes;
-        active = setrlimit(RLIMIT_FSIZE, &lowered) == 0;
-    }
-    ~FileSizeLimit()
-    {
-        if (active)
-            setrlimit(RLIMIT_FSIZE, &previous);
-        std::signal(SIGXFSZ, previousHandler);
-    }
-    bool isActive() const { return active; }
-
-private:
-    rlimit previous {};
-    bool active = false;
-    void (*previousHandler)(int) = SIG_DFL;
-};
-
 } // namespace
 
 class TestEditor : public QObject
@@ -395,6 +366,8 @@ private slots:
     void binaryFileSurvivesExceptLineEnds();
     void largeFileLoadsAndSavesBack();
     void failedWriteKeepsOldFileAndModifiedState();
+    void unencodableCharacterIsRefusedAndNothingWritten_data();
+    void unencodableCharacterIsRefusedAndNothingWritten();
     void savingKeepsPermissions_data();
     void savingKeepsPermissions();
     void savingThroughSymlinkKeepsLink();
@@ -522,7 +495,7 @@ void TestEditor::missingFileOpensEmptyUnmodifiedTab()
     QVERIFY(box.text.size() > 7); // followed by the file's error string
     QCOMPARE(box.icon, QMessageBox::Critical);
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QVERIFY(!box.parent);
+    QCOMPARE(box.parent, static_cast<QWidget *>(window));
 
     QVERIFY(editor->toPlainText().isEmpty());
     QVERIFY(!editor->document()->isModified());
@@ -797,7 +770,7 @@ void TestEditor::readErrorShowsBoxAndStopsWatching()
     QVERIFY2(answerer->seen.first().text.startsWith(QStringLiteral("broken\n")),
              qPrintable(answerer->seen.first().text));
     QCOMPARE(answerer->seen.first().icon, QMessageBox::Critical);
-    QVERIFY(!answerer->seen.first().parent);
+    QCOMPARE(answerer->seen.first().parent, static_cast<QWidget *>(window));
 
     // After a read error nothing is watched, not even the file before.
     QVERIFY(writeFile(QStringLiteral("prog.zu"), "changed\n"));
@@ -1280,9 +1253,11 @@ void TestEditor::failedWriteKeepsOldFileAndModifiedState()
     QCOMPARE(answerer->seen.first().title, u("Ошибка записи файла"));
     QVERIFY2(answerer->seen.first().text.startsWith(QStringLiteral("prog\n")),
              qPrintable(answerer->seen.first().text));
-    QVERIFY(answerer->seen.first().text.size() > 5);
     QCOMPARE(answerer->seen.first().icon, QMessageBox::Critical);
-    QVERIFY(!answerer->seen.first().parent);
+    QCOMPARE(answerer->seen.first().parent, static_cast<QWidget *>(window));
+    // The new text is larger than the limit: the system cuts the first
+    // write short and refuses the rest.
+    QCOMPARE(answerer->seen.first().text, QStringLiteral("prog\n") + systemErrorText(EFBIG));
 
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), old);
     QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
@@ -1301,6 +1276,80 @@ void TestEditor::failedWriteKeepsOldFileAndModifiedState()
     QVERIFY(editor->toSave());
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("new ") + old);
     QVERIFY(!save->isEnabled());
+}
+
+void TestEditor::unencodableCharacterIsRefusedAndNothingWritten_data()
+{
+    QTest::addColumn<QString>("character");
+    QTest::addColumn<QString>("codePoint");
+    QTest::addColumn<int>("line");
+    QTest::addColumn<bool>("pasted");
+
+    QTest::newRow("typed ideograph") << u("中") << QStringLiteral("4E2D") << 2 << false;
+    QTest::newRow("typed arrow") << u("→") << QStringLiteral("2192") << 1 << false;
+    QTest::newRow("typed emoji") << u("😀") << QStringLiteral("1F600") << 3 << false;
+    QTest::newRow("pasted ideograph") << u("中") << QStringLiteral("4E2D") << 3 << true;
+    QTest::newRow("pasted emoji") << u("😀") << QStringLiteral("1F600") << 1 << true;
+}
+
+// The code page has no byte for the character: saving it would write
+// another character in its place, so nothing is written.
+void TestEditor::unencodableCharacterIsRefusedAndNothingWritten()
+{
+    QFETCH(QString, character);
+    QFETCH(QString, codePoint);
+    QFETCH(int, line);
+    QFETCH(bool, pasted);
+    const QByteArray old("first\nsecond\nthird\n");
+    // The text with `tail` typed at the end of the line.
+    const auto withTail = [&old, line](const QString &tail) {
+        QStringList lines = QString::fromLatin1(old).split(QLatin1Char('\n'));
+        lines[line - 1] += tail;
+        return lines.join(QLatin1Char('\n'));
+    };
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), old));
+    ZuSourceCode *editor = openTab(QStringLiteral("prog"));
+    showWindow();
+    editor->setFocus();
+    QTest::keyClick(editor, Qt::Key_Home, Qt::ControlModifier);
+    for (int i = 1; i < line; ++i)
+        QTest::keyClick(editor, Qt::Key_Down);
+    QTest::keyClick(editor, Qt::Key_End);
+    QTest::keyClick(editor, Qt::Key_X);
+    if (pasted) {
+        QApplication::clipboard()->setText(character);
+        QTest::keyClick(editor, Qt::Key_V, Qt::ControlModifier);
+    } else {
+        typeText(editor, character);
+    }
+    QCOMPARE(editor->toPlainText(), withTail(QStringLiteral("x") + character));
+    QPushButton *save = button("saveProgramButton");
+    QVERIFY(save->isEnabled());
+
+    answerer->plan(press(QMessageBox::Ok));
+    save->click();
+
+    QCOMPARE(answerer->seen.size(), 1);
+    const SeenBox box = answerer->seen.first();
+    QCOMPARE(box.title, u("Ошибка записи файла"));
+    QCOMPARE(box.text, QStringLiteral("prog\n") + unencodableCharacterText(character, codePoint, line)
+                           + u("\nПрограмма не сохранена."));
+    QCOMPARE(box.icon, QMessageBox::Critical);
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(box.parent, static_cast<QWidget *>(window));
+    QCOMPARE(readBytes(QStringLiteral("prog.zu")), old);
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
+    QVERIFY(editor->isChanged());
+    QVERIFY(editor->document()->isModified());
+    QVERIFY(save->isEnabled());
+
+    // Without the character the same save goes through.
+    QTest::keyClick(editor, Qt::Key_Backspace);
+    QCOMPARE(editor->toPlainText(), withTail(QStringLiteral("x")));
+    save->click();
+    QCOMPARE(readBytes(QStringLiteral("prog.zu")), withTail(QStringLiteral("x")).toLatin1());
+    QVERIFY(!editor->isChanged());
+    QCOMPARE(answerer->seen.size(), 1);
 }
 
 void TestEditor::savingKeepsPermissions_data()

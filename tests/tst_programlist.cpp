@@ -11,6 +11,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
@@ -22,12 +23,14 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QToolTip>
+
+#include <cerrno>
 
 #include "boxanswerer.h"
 #include "editwindow.h"
 #include "settingelement.h"
-#include "testrunner.h"
 #include "testsupport.h"
 #include "textedit.h"
 #include "windowfixture.h"
@@ -52,16 +55,6 @@ QString takenText(const QString &kind, const QString &name)
         QTest::keyClick(editor, Qt::Key_Return); \
         QTRY_VERIFY(!openEditor(list)); \
     } while (false)
-
-// Moves the mouse over an item. The pointer first goes to the empty corner
-// of the list, so that it really moves even when the last item hovered was
-// at the same place on another page.
-void hoverItem(QListWidget *list, QListWidgetItem *item)
-{
-    const QPoint center = itemCenter(list, item);
-    QTest::mouseMove(list->viewport(), QPoint(list->viewport()->width() - 2, list->viewport()->height() - 2));
-    QTest::mouseMove(list->viewport(), center);
-}
 
 QString canonical(const QString &path)
 {
@@ -124,6 +117,7 @@ private slots:
     // Deleting
     void deletingCurrentProjectDisablesProjectBoxFirst();
     void deletingProjectAnsweredNoKeepsFile();
+    void projectFileThatCannotBeRemovedIsReported();
     void deletingProgramRemovesCheckedFiles();
 
     // Tool tips
@@ -132,10 +126,13 @@ private slots:
     // Programs directory
     void newProgramsDirFromHostRefillsLists();
     void programsDirSettingRefillsLists();
+    void listsFollowDiskInNewProgramsDir_data();
+    void listsFollowDiskInNewProgramsDir();
 
 private:
     bool openWindow();
     void oddNameColumns();
+    void setProgramsDirSetting(const QString &dir);
 
     QGroupBox *projectBox = nullptr;
 };
@@ -505,6 +502,23 @@ QString longName()
     return QString(300, QLatin1Char('n'));
 }
 
+// The one box that tells the user the file system refused the name, saying
+// what failed and why, or no box at all.
+void checkRefusalBox(const BoxAnswerer &answerer, bool failure, const QString &title, const QString &what)
+{
+    if (!failure) {
+        QVERIFY(answerer.shown.isEmpty());
+        return;
+    }
+    QCOMPARE(answerer.shown.size(), 1);
+    const ShownBox &box = answerer.shown.at(0);
+    QCOMPARE(box.title, title);
+    QCOMPARE(box.icon, QMessageBox::Critical);
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QVERIFY2(box.text.startsWith(what + QLatin1Char('\n')), qPrintable(box.text));
+    QVERIFY2(box.text.endsWith(systemErrorText(ENAMETOOLONG)), qPrintable(box.text));
+}
+
 } // namespace
 
 void TestProgramList::oddNameColumns()
@@ -512,26 +526,26 @@ void TestProgramList::oddNameColumns()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("createdFile");   // in the programs directory, empty for none
     QTest::addColumn<bool>("refused");          // the name would leave the directory
-    QTest::addColumn<bool>("listChecked");
     QTest::addColumn<QStringList>("expectedList");
+    QTest::addColumn<bool>("failure");          // the file system refuses the name
 }
 
 void TestProgramList::newProgramWithOddName_data()
 {
     oddNameColumns();
     const QStringList keep { "keep" };
-    QTest::newRow("empty") << QString() << ".zu" << false << true << keep;
-    QTest::newRow("dot") << "." << "..zu" << false << true << keep;
-    QTest::newRow("dot-dot") << ".." << "...zu" << false << true << keep;
-    QTest::newRow("three-dots") << "..." << "....zu" << false << true << keep;
-    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << true << keep;
-    QTest::newRow("into-parent") << "../escape" << QString() << true << true << keep;
-    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true << true
-                                      << keep;
-    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << true << keep;
-    QTest::newRow("300-characters") << longName() << QString() << false << false << QStringList();
-    QTest::newRow("chinese") << "程序" << "程序.zu" << false << true << QStringList { "keep", "程序" };
-    QTest::newRow("emoji") << "😀" << "😀.zu" << false << true << QStringList { "keep", "😀" };
+    QTest::newRow("empty") << QString() << ".zu" << false << keep << false;
+    QTest::newRow("dot") << "." << "..zu" << false << keep << false;
+    QTest::newRow("dot-dot") << ".." << "...zu" << false << keep << false;
+    QTest::newRow("three-dots") << "..." << "....zu" << false << keep << false;
+    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << keep << false;
+    QTest::newRow("into-parent") << "../escape" << QString() << true << keep << false;
+    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true
+                                      << keep << false;
+    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << keep << false;
+    QTest::newRow("300-characters") << longName() << QString() << false << keep << true;
+    QTest::newRow("chinese") << "程序" << "程序.zu" << false << QStringList { "keep", "程序" } << false;
+    QTest::newRow("emoji") << "😀" << "😀.zu" << false << QStringList { "keep", "😀" } << false;
 }
 
 void TestProgramList::newProgramWithOddName()
@@ -539,8 +553,8 @@ void TestProgramList::newProgramWithOddName()
     QFETCH(QString, name);
     QFETCH(QString, createdFile);
     QFETCH(bool, refused);
-    QFETCH(bool, listChecked);
     QFETCH(QStringList, expectedList);
+    QFETCH(bool, failure);
 
     // <temp>/progs is the programs directory; it has a subdirectory "a", so
     // that "a/b" would succeed if it were taken as a path.
@@ -564,12 +578,11 @@ void TestProgramList::newProgramWithOddName()
     QCOMPARE(editor->text(), name);
     COMMIT_NAME(programs, editor);
 
-    if (refused) {
+    if (refused || failure) {
         // Nothing written: the list at once shows what is on disk.
         QCOMPARE(itemTexts(programs), expectedList);
     }
-    if (listChecked)
-        QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
     QVERIFY(!itemNamed(programs, placeholderText));
     QVERIFY(!openEditor(programs));
     deliverPending();
@@ -585,9 +598,8 @@ void TestProgramList::newProgramWithOddName()
     QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
     QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
     QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
-    QVERIFY(answerer.shown.isEmpty());
-    if (listChecked)
-        QCOMPARE(itemTexts(programs), expectedList);
+    checkRefusalBox(answerer, failure, QStringLiteral("Ошибка создания файла"), name + QStringLiteral(".zu"));
+    QCOMPARE(itemTexts(programs), expectedList);
 }
 
 // ---------------------------------------------------------------------------
@@ -740,18 +752,18 @@ void TestProgramList::renamePreselectedProgramRenamesItsFile()
 void TestProgramList::renameToOddName_data()
 {
     oddNameColumns();
-    QTest::newRow("empty") << QString() << ".zu" << false << true << QStringList();
-    QTest::newRow("dot") << "." << "..zu" << false << true << QStringList();
-    QTest::newRow("dot-dot") << ".." << "...zu" << false << true << QStringList();
-    QTest::newRow("three-dots") << "..." << "....zu" << false << true << QStringList();
-    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << true << QStringList { "r" };
-    QTest::newRow("into-parent") << "../escape" << QString() << true << true << QStringList { "r" };
-    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true << true
-                                      << QStringList { "r" };
-    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << true << QStringList { "r" };
-    QTest::newRow("300-characters") << longName() << QString() << false << false << QStringList();
-    QTest::newRow("chinese") << "程序" << "程序.zu" << false << true << QStringList { "程序" };
-    QTest::newRow("emoji") << "😀" << "😀.zu" << false << true << QStringList { "😀" };
+    QTest::newRow("empty") << QString() << ".zu" << false << QStringList() << false;
+    QTest::newRow("dot") << "." << "..zu" << false << QStringList() << false;
+    QTest::newRow("dot-dot") << ".." << "...zu" << false << QStringList() << false;
+    QTest::newRow("three-dots") << "..." << "....zu" << false << QStringList() << false;
+    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << QStringList { "r" } << false;
+    QTest::newRow("into-parent") << "../escape" << QString() << true << QStringList { "r" } << false;
+    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true
+                                      << QStringList { "r" } << false;
+    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << QStringList { "r" } << false;
+    QTest::newRow("300-characters") << longName() << QString() << false << QStringList { "r" } << true;
+    QTest::newRow("chinese") << "程序" << "程序.zu" << false << QStringList { "程序" } << false;
+    QTest::newRow("emoji") << "😀" << "😀.zu" << false << QStringList { "😀" } << false;
 }
 
 void TestProgramList::renameToOddName()
@@ -759,8 +771,8 @@ void TestProgramList::renameToOddName()
     QFETCH(QString, name);
     QFETCH(QString, createdFile);
     QFETCH(bool, refused);
-    QFETCH(bool, listChecked);
     QFETCH(QStringList, expectedList);
+    QFETCH(bool, failure);
 
     const QString root = tempDir.path();
     name.replace(QLatin1String(rootToken), root);
@@ -784,12 +796,11 @@ void TestProgramList::renameToOddName()
     QCOMPARE(editor->text(), name);
     COMMIT_NAME(programs, editor);
 
-    if (refused) {
+    if (refused || failure) {
         // The item gets its old text back at once; nothing was renamed.
         QCOMPARE(itemTexts(programs), expectedList);
     }
-    if (listChecked)
-        QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), expectedList, watcherTimeout);
     QVERIFY(!openEditor(programs));
     deliverPending();
 
@@ -798,18 +809,17 @@ void TestProgramList::renameToOddName()
         progsAfter.removeOne(QStringLiteral("r.zu"));
         progsAfter << createdFile;
         progsAfter.sort();
-        QFile moved(createdFile);
-        QVERIFY(moved.open(QIODevice::ReadOnly));
-        QCOMPARE(moved.readAll(), QByteArray("source"));
     }
+    // The text moved with the name, or stayed where it was.
+    QCOMPARE(fileBytes(createdFile.isEmpty() ? QStringLiteral("r.zu") : createdFile), QByteArray("source"));
     QCOMPARE(entriesOf(progs), progsAfter);
     QCOMPARE(entriesOf(root), rootBefore);
     QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
     QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
     QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
-    QVERIFY(answerer.shown.isEmpty());
-    if (listChecked)
-        QCOMPARE(itemTexts(programs), expectedList);
+    checkRefusalBox(answerer, failure, QStringLiteral("Ошибка переименования файла"),
+                    QStringLiteral("r.zu → ") + name + QStringLiteral(".zu"));
+    QCOMPARE(itemTexts(programs), expectedList);
 }
 
 // ---------------------------------------------------------------------------
@@ -951,6 +961,56 @@ void TestProgramList::deletingProjectAnsweredNoKeepsFile()
     QCOMPARE(itemTexts(projects), QStringList { "p" });
 }
 
+// The user agrees to delete the current project; just then its file turns
+// into a directory with something in it, which cannot be removed.
+void TestProgramList::projectFileThatCannotBeRemovedIsReported()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\n"));
+    QVERIFY(writeFile(QStringLiteral("q.zup"), "b.zu\n"));
+    QVERIFY(openWindow());
+    clickTab(selector, 1);
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+
+    BoxAnswerer answerer(QMessageBox::Yes);
+    bool questionAnswered = false;
+    bool replaced = false;
+    QElapsedTimer errorShown;
+    answerer.answerWhen = [this, &questionAnswered, &replaced, &errorShown] {
+        if (!questionAnswered) {
+            questionAnswered = true;
+            replaced = QFile::remove(QStringLiteral("p.zup")) && QDir().mkpath(QStringLiteral("p.zup/inside"));
+            return true;
+        }
+        // The error is answered once the window has read the directory
+        // again (or, failing that, after the watcher's time).
+        if (!errorShown.isValid())
+            errorShown.start();
+        return !itemNamed(projects, QStringLiteral("p")) || errorShown.hasExpired(watcherTimeout);
+    };
+    QTest::mouseClick(button("delprjButton"), Qt::LeftButton);
+
+    QVERIFY(replaced);
+    QCOMPARE(answerer.shown.size(), 2);
+    QCOMPARE(answerer.shown.at(0).text, deleteProjectQuestion);
+    const ShownBox &error = answerer.shown.at(1);
+    QCOMPARE(error.title, QStringLiteral("Ошибка удаления файла"));
+    QFile stillThere(QStringLiteral("p.zup"));
+    QVERIFY(!stillThere.remove());
+    QCOMPARE(error.text, QStringLiteral("p.zup\n") + stillThere.errorString());
+    QCOMPARE(error.icon, QMessageBox::Critical);
+    QCOMPARE(error.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(entriesOf(QStringLiteral("p.zup")), QStringList { "inside" });
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "p.zup", "q.zup" }));
+    // The project box shows the project the list now holds, not an empty one.
+    QCOMPARE(itemTexts(projects), QStringList { "q" });
+    QCOMPARE(projects->currentItem()->text(), QStringLiteral("q"));
+    QCOMPARE(projectBox->title(), QStringLiteral("q"));
+    QVERIFY(projectBox->isEnabled());
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "b" });
+}
+
 void TestProgramList::deletingProgramRemovesCheckedFiles()
 {
     for (const char *name : { "a.zu", "a.st", "b.zu" })
@@ -1078,12 +1138,8 @@ void TestProgramList::programsDirSettingRefillsLists()
     QVERIFY(openWindow());
     QCOMPARE(itemTexts(programs), QStringList { "a" });
 
-    SettingElement element;
-    element.key = QStringLiteral("programsDir");
-    element.value = other;
-    element.type = QVariant::String;
     QSignalSpy changes(window, &EditWindow::changeVariant);
-    plugin->exchangeSettings(SettingsList { element }, nullptr, nullptr);
+    setProgramsDirSetting(other);
 
     for (const QList<QVariant> &change : qAsConst(changes))
         QVERIFY(change.at(0).toString() != QLatin1String("programsDir"));
@@ -1093,5 +1149,55 @@ void TestProgramList::programsDirSettingRefillsLists()
     QCOMPARE(itemTexts(projects), QStringList { "op" });
 }
 
-ZU_REGISTER_TEST(TestProgramList)
+// The host hands the plug-in its settings with the programs directory.
+void TestProgramList::setProgramsDirSetting(const QString &dir)
+{
+    SettingElement element;
+    element.key = QStringLiteral("programsDir");
+    element.value = dir;
+    element.type = QVariant::String;
+    plugin->exchangeSettings(SettingsList { element }, nullptr, nullptr);
+}
+
+void TestProgramList::listsFollowDiskInNewProgramsDir_data()
+{
+    QTest::addColumn<bool>("announcedByHost");
+    QTest::newRow("announced by the host") << true;
+    QTest::newRow("given in the settings") << false;
+}
+
+// Once the programs directory has changed, files made there by other
+// programs show up by themselves; the old directory no longer counts.
+void TestProgramList::listsFollowDiskInNewProgramsDir()
+{
+    QFETCH(bool, announcedByHost);
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QTemporaryDir other;
+    QVERIFY(other.isValid());
+    QVERIFY(writeFile(other.filePath(QStringLiteral("o1.zu"))));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+
+    if (announcedByHost)
+        window->newSettingsProgramsDir(QString(), other.path());
+    else
+        setProgramsDirSetting(other.path());
+    QCOMPARE(itemTexts(programs), QStringList { "o1" });
+
+    // Only the new directory changes here: only a watch on it brings these in.
+    QVERIFY(writeFile(other.filePath(QStringLiteral("o2.zu"))));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "o1", "o2" }), watcherTimeout);
+    QVERIFY(writeFile(other.filePath(QStringLiteral("op.zup"))));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "op" }, watcherTimeout);
+    QVERIFY(QFile::remove(other.filePath(QStringLiteral("o1.zu"))));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), QStringList { "o2" }, watcherTimeout);
+
+    // A program made in the old directory is not one of the list's.
+    QVERIFY(writeFile(tempDir.path() + QStringLiteral("/old.zu")));
+    QVERIFY(writeFile(other.filePath(QStringLiteral("o3.zu"))));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "o2", "o3" }), watcherTimeout);
+    QCOMPARE(itemTexts(projects), QStringList { "op" });
+}
+
+QTEST_MAIN(TestProgramList)
 #include "tst_programlist.moc"

@@ -17,9 +17,11 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRandomGenerator>
+#include <QSaveFile>
 #include <QScopedPointer>
 #include <QSignalSpy>
 #include <QTabWidget>
@@ -27,9 +29,11 @@
 #include <QTextCodec>
 #include <QToolTip>
 
+#include <cerrno>
+#include <functional>
+
 #include "boxanswerer.h"
 #include "editwindow.h"
-#include "testrunner.h"
 #include "testsupport.h"
 #include "textedit.h"
 #include "windowfixture.h"
@@ -51,14 +55,33 @@ QString removeQuestion(const QString &program)
            + program + QStringLiteral(" из проекта?");
 }
 
+QString projectOpenErrorText(const QString &fileName, const QString &reason)
+{
+    return projectFileErrorText + QLatin1Char('\n') + fileName + QLatin1Char('\n') + reason;
+}
+
+// Why the file cannot be opened for reading, in the system's words.
+QString readOpenError(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QStringLiteral("<opened>") : file.errorString();
+}
+
+// Why the file cannot be replaced by a new one, in the system's words.
+QString replaceOpenError(const QString &path)
+{
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) ? QStringLiteral("<opened>") : file.errorString();
+}
+
 // "программа" and "проект" in windows-1251.
 const QByteArray programCp1251("\xef\xf0\xee\xe3\xf0\xe0\xec\xec\xe0");
 const QByteArray projectCp1251("\xef\xf0\xee\xe5\xea\xf2");
 
 // What the reading rules make of a project file: carriage returns vanish
 // (text mode), reading stops at the first empty line, names are
-// windows-1251, and each line is cut at its last ".zu" or, lacking one,
-// loses its last character.
+// windows-1251, and a line that ends in ".zu" loses that ending while any
+// other line is a name as it stands.
 QStringList namesByReadingRules(const QByteArray &data)
 {
     QByteArray text;
@@ -76,11 +99,8 @@ QStringList namesByReadingRules(const QByteArray &data)
         if (line.isEmpty())
             break;
         QString name = codec->toUnicode(line);
-        const int cut = name.lastIndexOf(QStringLiteral(".zu"));
-        if (cut < 0)
-            name.chop(1);
-        else
-            name.truncate(cut);
+        if (name.endsWith(QStringLiteral(".zu")))
+            name.chop(3);
         names << name;
     }
     return names;
@@ -105,9 +125,11 @@ private slots:
 
     // Reading the project file
     void emptyLineEndsProjectFile();
-    void linesAreCutAtLastExtension_data();
-    void linesAreCutAtLastExtension();
-    void crLfEndsLine();
+    void projectLineLosesOnlyItsExtension_data();
+    void projectLineLosesOnlyItsExtension();
+    void projectLineWithoutExtensionIsTakenWhole_data();
+    void projectLineWithoutExtensionIsTakenWhole();
+    void crOfCrLfIsDroppedFromProjectLine();
     void binaryProjectFileIsReadByTheRules();
     void veryLongLinesAreRead();
     void tenMegabyteProjectFileOpens();
@@ -123,6 +145,10 @@ private slots:
     void movedProgramStaysSelectedForNextMove();
     void cyrillicProgramNameSurvivesProjectFile();
     void unwritableProjectFileShowsError();
+    void failedProjectWriteKeepsOldFile_data();
+    void failedProjectWriteKeepsOldFile();
+    void unencodableProgramNameIsNotWrittenToProject_data();
+    void unencodableProgramNameIsNotWrittenToProject();
 
     // Opening programs
     void openAllOpensEachProgramOnceInOrder();
@@ -138,6 +164,8 @@ private slots:
     void newProjectFromDialog_data();
     void newProjectFromDialog();
     void newProgramFromDialogMakesNoProject();
+    void programAppearingUnderDialogKeepsItsText();
+    void projectAppearingUnderDialogIsNotRewritten();
 
     // Saving
     void savingChangedProgramsSkipsCurrentTab();
@@ -153,6 +181,9 @@ private:
     void checkProjectButtons(bool newProject, bool openAll, bool rename, bool debug, bool remove);
     void checkProgramButtons(bool edit, bool up, bool down, bool remove);
     void addProgram(const QString &name);
+    void checkProjectReadAs(const QByteArray &content, const QStringList &names);
+    void chooseInNewItemDialog(const QString &name, bool project,
+                               const std::function<void()> &whileOpen = nullptr);
 
     QScopedPointer<QTemporaryDir> syncDir;
     QScopedPointer<QFileSystemWatcher> syncWatcher;
@@ -263,6 +294,30 @@ void TestProjects::addProgram(const QString &name)
     QVERIFY(button("addprjButton")->isEnabled());
     QTest::mouseClick(button("addprjButton"), Qt::LeftButton);
     clickTab(selector, selector->indexOf(projectsPage));
+}
+
+// The host asks for a program that does not exist: the new-item dialog
+// opens, offering a project. Once `whileOpen` has run the user chooses a
+// project or a program and clicks OK.
+void TestProjects::chooseInNewItemDialog(const QString &name, bool project, const std::function<void()> &whileOpen)
+{
+    window->addProgListAndEdit(name);
+    QPointer<QDialog> dialog;
+    QTRY_VERIFY((dialog = window->findChild<QDialog *>(QStringLiteral("zuporzu"))) && dialog->isVisible());
+    auto *asProject = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton"));
+    auto *asProgram = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
+    QVERIFY(asProject && asProgram);
+    QVERIFY(asProject->isChecked());
+    if (!project) {
+        clickRadio(asProgram);
+        QVERIFY(asProgram->isChecked());
+    }
+    if (whileOpen)
+        whileOpen();
+    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
+    QVERIFY(buttons);
+    QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
+    QTRY_VERIFY(!dialog || !dialog->isVisible());
 }
 
 // ---------------------------------------------------------------------------
@@ -479,43 +534,68 @@ void TestProjects::emptyLineEndsProjectFile()
     QVERIFY(boxes->shown.isEmpty());
 }
 
-void TestProjects::linesAreCutAtLastExtension_data()
+void TestProjects::projectLineLosesOnlyItsExtension_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QStringList>("names");
 
     QTest::newRow("alpha.zu") << QByteArray("alpha.zu\n") << QStringList { "alpha" };
-    QTest::newRow("alpha") << QByteArray("alpha\n") << QStringList { "alph" };
     QTest::newRow("a.zu.zu") << QByteArray("a.zu.zu\n") << QStringList { "a.zu" };
-    QTest::newRow("case matters") << QByteArray("A.ZU\n") << QStringList { "A.Z" };
-    QTest::newRow("project extension") << QByteArray("x.zup\n") << QStringList { "x" };
-    QTest::newRow("text after extension") << QByteArray("pre.zu post\n") << QStringList { "pre" };
-    QTest::newRow("one character") << QByteArray("b\nc.zu\n") << (QStringList { "", "c" });
+    QTest::newRow("extension inside too") << QByteArray("pre.zu post.zu\n") << QStringList { "pre.zu post" };
     QTest::newRow("extension only") << QByteArray(".zu\nz.zu\n") << (QStringList { "", "z" });
-    QTest::newRow("blank is not empty") << QByteArray("a.zu\n \nc.zu\n") << (QStringList { "a", "", "c" });
     QTest::newRow("no final line feed") << QByteArray("a.zu\nb.zu") << (QStringList { "a", "b" });
-    QTest::newRow("no final line feed or extension") << QByteArray("a.zu\nbeta") << (QStringList { "a", "bet" });
     QTest::newRow("empty file") << QByteArray() << QStringList();
 }
 
-void TestProjects::linesAreCutAtLastExtension()
+void TestProjects::projectLineLosesOnlyItsExtension()
 {
     QFETCH(QByteArray, content);
     QFETCH(QStringList, names);
+    checkProjectReadAs(content, names);
+}
+
+void TestProjects::projectLineWithoutExtensionIsTakenWhole_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QStringList>("names");
+
+    QTest::newRow("alpha") << QByteArray("alpha\n") << QStringList { "alpha" };
+    QTest::newRow("case matters") << QByteArray("A.ZU\n") << QStringList { "A.ZU" };
+    QTest::newRow("no dot") << QByteArray("azu\n") << QStringList { "azu" };
+    QTest::newRow("project extension") << QByteArray("x.zup\n") << QStringList { "x.zup" };
+    QTest::newRow("text after extension") << QByteArray("pre.zu post\n") << QStringList { "pre.zu post" };
+    QTest::newRow("one character") << QByteArray("b\nc.zu\n") << (QStringList { "b", "c" });
+    QTest::newRow("blank is not empty") << QByteArray("a.zu\n \nc.zu\n") << (QStringList { "a", " ", "c" });
+    QTest::newRow("no final line feed or extension") << QByteArray("a.zu\nbeta") << (QStringList { "a", "beta" });
+}
+
+void TestProjects::projectLineWithoutExtensionIsTakenWhole()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QStringList, names);
+    checkProjectReadAs(content, names);
+}
+
+// The project p, read when the window opens, lists the names; the
+// reference reader agrees.
+void TestProjects::checkProjectReadAs(const QByteArray &content, const QStringList &names)
+{
     QVERIFY(writeFile(QStringLiteral("p.zup"), content));
     QVERIFY(openWindow());
     QCOMPARE(projectBox->title(), QStringLiteral("p"));
     QCOMPARE(itemTexts(projectPrograms), names);
     QCOMPARE(namesByReadingRules(content), names);
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
     QVERIFY(boxes->shown.isEmpty());
 }
 
-void TestProjects::crLfEndsLine()
+void TestProjects::crOfCrLfIsDroppedFromProjectLine()
 {
     QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\r\nbb\r\nc.zu\r\n"));
     QVERIFY(writeFile(QStringLiteral("q.zup"), "a.zu\r\n\r\nz.zu\r\n"));
     QVERIFY(openWindow());
-    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b", "c" }));
+    // With or without the extension, the name ends before the CR.
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "bb", "c" }));
     // A line holding only CR LF is an empty line.
     clickItem(projects, itemNamed(projects, QStringLiteral("q")));
     QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
@@ -547,7 +627,7 @@ void TestProjects::binaryProjectFileIsReadByTheRules()
     QCOMPARE(projectBox->title(), QStringLiteral("a"));
     const QStringList expected { QStringLiteral("x") + QChar(0) + QStringLiteral("y"), QString(QChar(0x044f)),
                                  QString(QChar(0x01)) + QChar(0x7f) + QChar(0x0402) + QChar(0x0401),
-                                 QString(QChar(0x0430)) + QChar(0), QString(QChar(0x044f)) };
+                                 QString(QChar(0x0430)) + QChar(0), QString(QChar(0x044f)) + QChar(0x044e) };
     QCOMPARE(itemTexts(projectPrograms), expected);
     QCOMPARE(namesByReadingRules(crafted), expected);
 
@@ -579,8 +659,8 @@ void TestProjects::veryLongLinesAreRead()
     QCOMPARE(projectBox->title(), QStringLiteral("long"));
     QCOMPARE(projectPrograms->count(), 4);
     QCOMPARE(projectPrograms->item(0)->text(), QString::fromLatin1(longName));
-    // Without ".zu" the line loses its last character.
-    QCOMPARE(projectPrograms->item(1)->text(), QString::fromLatin1(otherName.left(otherName.size() - 1)));
+    // Without ".zu" the line is the name as it stands.
+    QCOMPARE(projectPrograms->item(1)->text(), QString::fromLatin1(otherName));
     QCOMPARE(projectPrograms->item(2)->text(), QStringLiteral("c"));
     QCOMPARE(projectPrograms->item(3)->text(), QString::fromLatin1(longName));
 
@@ -642,7 +722,8 @@ void TestProjects::unreadableProjectFileShowsError()
     clickItem(projects, itemNamed(projects, QStringLiteral("ghost")));
     QCOMPARE(boxes->shown.size(), 1);
     QCOMPARE(boxes->shown.at(0).title, attentionTitle);
-    QCOMPARE(boxes->shown.at(0).text, projectFileErrorText);
+    QCOMPARE(boxes->shown.at(0).text,
+             projectOpenErrorText(QStringLiteral("ghost.zup"), readOpenError(QStringLiteral("ghost.zup"))));
     QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
     QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
     QCOMPARE(boxes->shown.at(0).snapshot, QStringList());
@@ -656,7 +737,8 @@ void TestProjects::unreadableProjectFileShowsError()
     clickItem(projects, itemNamed(projects, QStringLiteral("q")));
     QCOMPARE(boxes->shown.size(), 2);
     QCOMPARE(boxes->shown.at(1).title, attentionTitle);
-    QCOMPARE(boxes->shown.at(1).text, projectFileErrorText);
+    QCOMPARE(boxes->shown.at(1).text,
+             projectOpenErrorText(QStringLiteral("q.zup"), readOpenError(QStringLiteral("q.zup"))));
     QCOMPARE(boxes->shown.at(1).icon, QMessageBox::Critical);
     QCOMPARE(boxes->shown.at(1).snapshot, QStringList());
     QTRY_COMPARE_WITH_TIMEOUT(itemTexts(projects), QStringList { "p" }, watcherTimeout);
@@ -950,7 +1032,8 @@ void TestProjects::unwritableProjectFileShowsError()
 
     QCOMPARE(boxes->shown.size(), 1);
     QCOMPARE(boxes->shown.at(0).title, attentionTitle);
-    QCOMPARE(boxes->shown.at(0).text, projectFileErrorText);
+    QCOMPARE(boxes->shown.at(0).text,
+             projectOpenErrorText(QStringLiteral("p.zup"), replaceOpenError(QStringLiteral("p.zup"))));
     QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
     QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
     // The list shows the new order while nothing was written.
@@ -959,6 +1042,90 @@ void TestProjects::unwritableProjectFileShowsError()
     QCOMPARE(entriesOf(QStringLiteral("p.zup")), QStringList());
     QVERIFY(settle());
     QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "b.zu", "p.zup" }));
+}
+
+void TestProjects::failedProjectWriteKeepsOldFile_data()
+{
+    QTest::addColumn<int>("limit");
+    QTest::newRow("no byte fits") << 0;
+    QTest::newRow("project larger than the limit") << 4096;
+}
+
+// The disk fills up while the project file is written: the old file stays
+// as it was and the user learns why.
+void TestProjects::failedProjectWriteKeepsOldFile()
+{
+    QFETCH(int, limit);
+    QByteArray content;
+    for (int i = 0; i < 400; ++i)
+        content += "program" + QByteArray::number(i).rightJustified(3, '0') + ".zu\n";
+    QVERIFY(content.size() > 4096);
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), content));
+    QVERIFY(writeFile(QStringLiteral("z.zu"), "Z\n"));
+    QVERIFY(openWindow());
+    QCOMPARE(projectPrograms->count(), 400);
+    clickTab(selector, selector->indexOf(programsPage));
+    clickItem(programs, itemNamed(programs, QStringLiteral("z")));
+    QPushButton *add = button("addprjButton");
+    QVERIFY(add->isEnabled());
+
+    {
+        const FileSizeLimit sizeLimit { quint64(limit) };
+        QVERIFY(sizeLimit.isActive());
+        QTest::mouseClick(add, Qt::LeftButton);
+    }
+
+    QCOMPARE(boxes->shown.size(), 1);
+    QCOMPARE(boxes->shown.at(0).title, QStringLiteral("Ошибка записи файла"));
+    QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(boxes->shown.at(0).text, QStringLiteral("p.zup\n") + systemErrorText(EFBIG));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "p.zup", "z.zu" }));
+}
+
+void TestProjects::unencodableProgramNameIsNotWrittenToProject_data()
+{
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("codePoint");
+    QTest::newRow("ideograph") << QStringLiteral("中") << QStringLiteral("4E2D");
+    QTest::newRow("emoji") << QStringLiteral("😀") << QStringLiteral("1F600");
+}
+
+// Written in windows-1251 the name would come back as another one: the
+// project file is left as it is.
+void TestProjects::unencodableProgramNameIsNotWrittenToProject()
+{
+    QFETCH(QString, program);
+    QFETCH(QString, codePoint);
+    for (const QString &name : { QStringLiteral("a"), QStringLiteral("b"), program })
+        QVERIFY(writeFile(name + QStringLiteral(".zu"), "X\n"));
+    const QByteArray content("a.zu\nb.zu\n");
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), content));
+    QVERIFY(writeFile(QStringLiteral("q.zup"), "a.zu\n"));
+    QVERIFY(openWindow());
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    const QStringList before = entriesOf(QStringLiteral("."));
+
+    addProgram(program);
+
+    QCOMPARE(boxes->shown.size(), 1);
+    QCOMPARE(boxes->shown.at(0).title, QStringLiteral("Ошибка записи файла"));
+    QCOMPARE(boxes->shown.at(0).text, QStringLiteral("p.zup\n") + unencodableCharacterText(program, codePoint, 3)
+                                          + QStringLiteral("\nПроект не сохранён."));
+    QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+
+    // Read again, the project holds what its file holds.
+    QVERIFY(settle());
+    clickItem(projects, itemNamed(projects, QStringLiteral("q")));
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
+    QCOMPARE(boxes->shown.size(), 1);
 }
 
 // ---------------------------------------------------------------------------
@@ -1139,16 +1306,7 @@ void TestProjects::newProjectFromDialog()
     QVERIFY(openWindow());
     clickTab(selector, selector->indexOf(programsPage));
 
-    window->addProgListAndEdit(name);
-    QDialog *dialog = nullptr;
-    QTRY_VERIFY((dialog = window->findChild<QDialog *>(QStringLiteral("zuporzu"))) && dialog->isVisible());
-    auto *asProject = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton"));
-    QVERIFY(asProject);
-    QVERIFY(asProject->isChecked());
-    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
-    QVERIFY(buttons);
-    QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
-    QTRY_VERIFY(!dialog->isVisible());
+    chooseInNewItemDialog(name, true);
 
     // The project file names the program of the same name; that program is
     // empty and open; the project is current.
@@ -1181,17 +1339,7 @@ void TestProjects::newProgramFromDialogMakesNoProject()
     QVERIFY(writeFile(QStringLiteral("old.zup"), "a.zu\n"));
     QVERIFY(openWindow());
 
-    window->addProgListAndEdit(QStringLiteral("n"));
-    QDialog *dialog = nullptr;
-    QTRY_VERIFY((dialog = window->findChild<QDialog *>(QStringLiteral("zuporzu"))) && dialog->isVisible());
-    auto *asProgram = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
-    QVERIFY(asProgram);
-    clickRadio(asProgram);
-    QVERIFY(asProgram->isChecked());
-    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
-    QVERIFY(buttons);
-    QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
-    QTRY_VERIFY(!dialog->isVisible());
+    chooseInNewItemDialog(QStringLiteral("n"), false);
 
     QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "n.zu", "old.zup" }));
     QCOMPARE(QFileInfo(QStringLiteral("n.zu")).size(), 0);
@@ -1202,6 +1350,54 @@ void TestProjects::newProgramFromDialogMakesNoProject()
     QCOMPARE(projectBox->title(), QStringLiteral("old"));
     QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
     QCOMPARE(fileBytes(QStringLiteral("old.zup")), QByteArray("a.zu\n"));
+    QVERIFY(boxes->shown.isEmpty());
+}
+
+// Another program makes the file while the dialog is open: the answer
+// opens the program as it is on disk.
+void TestProjects::programAppearingUnderDialogKeepsItsText()
+{
+    QVERIFY(writeFile(QStringLiteral("old.zup"), "a.zu\n"));
+    QVERIFY(openWindow());
+
+    chooseInNewItemDialog(QStringLiteral("x"), false,
+                          [] { QVERIFY(writeAgedFile(QStringLiteral("x.zu"), "text of x\n")); });
+
+    QCOMPARE(fileBytes(QStringLiteral("x.zu")), QByteArray("text of x\n"));
+    QVERIFY(isAged(QStringLiteral("x.zu")));
+    QCOMPARE(tabTexts(tabs), QStringList { "x" });
+    ZuSourceCode *editor = editorOf(QStringLiteral("x"));
+    QVERIFY(editor);
+    QCOMPARE(editor->toPlainText(), QStringLiteral("text of x\n"));
+    QVERIFY(!editor->isChanged());
+    QCOMPARE(selector->currentWidget(), programsPage);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("x"));
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "old.zup", "x.zu" }));
+    QVERIFY(boxes->shown.isEmpty());
+}
+
+void TestProjects::projectAppearingUnderDialogIsNotRewritten()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu"), "A\n"));
+    QVERIFY(writeFile(QStringLiteral("old.zup"), "a.zu\n"));
+    QVERIFY(openWindow());
+
+    chooseInNewItemDialog(QStringLiteral("p"), true, [] {
+        QVERIFY(writeAgedFile(QStringLiteral("p.zup"), "a.zu\n"));
+        QVERIFY(writeAgedFile(QStringLiteral("p.zu"), "text of p\n"));
+    });
+
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), QByteArray("a.zu\n"));
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(fileBytes(QStringLiteral("p.zu")), QByteArray("text of p\n"));
+    QVERIFY(isAged(QStringLiteral("p.zu")));
+    QCOMPARE(selector->currentWidget(), projectsPage);
+    QCOMPARE(projects->currentItem()->text(), QStringLiteral("p"));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
+    QCOMPARE(tabTexts(tabs), QStringList { "p" });
+    QCOMPARE(editorOf(QStringLiteral("p"))->toPlainText(), QStringLiteral("text of p\n"));
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "old.zup", "p.zu", "p.zup" }));
     QVERIFY(boxes->shown.isEmpty());
 }
 
@@ -1338,5 +1534,5 @@ void TestProjects::removingSurvivesRefillDuringQuestion()
     QCOMPARE(fileBytes(QStringLiteral("p.zup")), QByteArray("a.zu\nc.zu\n"));
 }
 
-ZU_REGISTER_TEST(TestProjects)
+QTEST_MAIN(TestProjects)
 #include "tst_projects.moc"

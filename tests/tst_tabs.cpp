@@ -20,6 +20,7 @@
 #include <QRadioButton>
 #include <QScopedPointer>
 #include <QSignalSpy>
+#include <QStackedWidget>
 #include <QStringListModel>
 #include <QSyntaxHighlighter>
 #include <QTabWidget>
@@ -35,10 +36,10 @@
 #include "hosttables.h"
 #include "searchreplace.h"
 #include "settingelement.h"
-#include "testrunner.h"
 #include "testsupport.h"
 #include "textedit.h"
 #include "windowfixture.h"
+#include "zuporzu.h"
 #include "zusourcecode.h"
 
 namespace {
@@ -67,15 +68,61 @@ ZuSourceCode *editorOf(QWidget *page)
     return page ? page->findChild<ZuSourceCode *>() : nullptr;
 }
 
-// The foreground of the highlighter's format at a position of a block.
-QColor colourAt(const QTextBlock &block, int position)
+// The highlighter's format at a position of a block.
+QTextCharFormat formatAt(const QTextBlock &block, int position)
 {
     const QVector<QTextLayout::FormatRange> ranges = block.layout()->formats();
     for (const QTextLayout::FormatRange &range : ranges) {
         if (position >= range.start && position < range.start + range.length)
-            return range.format.foreground().color();
+            return range.format;
     }
-    return QColor();
+    return QTextCharFormat();
+}
+
+QColor colourAt(const QTextBlock &block, int position)
+{
+    const QTextCharFormat format = formatAt(block, position);
+    return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color() : QColor();
+}
+
+// Takes away the link that brings a choice in the completer's list to the
+// editor; false when there was none. The editor inserts nothing yet, so the
+// link itself is what can be seen.
+bool takeCompletionLink(QCompleter *completer, ZuSourceCode *editor)
+{
+    return QObject::disconnect(completer, qOverload<const QString &>(&QCompleter::activated), editor,
+                               &ZuSourceCode::insertCompleter);
+}
+
+QString changedOutsideQuestion(const QString &name)
+{
+    return QStringLiteral("Программа\n") + name
+           + QStringLiteral("\nбыла изменена вне редактора.\nОткрыть измененную программу?");
+}
+
+// Waits for an answered question to close and lets the event loop's
+// deletions run; true when the question is gone.
+bool questionGoesAway(const QPointer<zuporzu> &dialog)
+{
+    if (!QTest::qWaitFor([&dialog] { return !dialog || !dialog->isVisible(); }, 5000))
+        return false;
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return dialog.isNull();
+}
+
+// Chooses a new program in the question and presses one of its buttons;
+// false when the question lacks either.
+bool answerWithProgram(zuporzu *dialog, QDialogButtonBox::StandardButton which)
+{
+    auto *choice = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
+    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
+    if (!choice || !buttons || !buttons->button(which))
+        return false;
+    clickRadio(choice);
+    if (!choice->isChecked())
+        return false;
+    QTest::mouseClick(buttons->button(which), Qt::LeftButton);
+    return true;
 }
 
 // The host's tables of operations and types, as the host hands them over.
@@ -129,7 +176,11 @@ private slots:
     void closingModifiedTabAsksToSave_data();
     void closingModifiedTabAsksToSave();
     void closingLastTabDisablesButtonsAndDropsHelpers();
-    void reopenedFirstTabGetsFreshHelpersAndLongerWordList();
+    void reopenedFirstTabGetsFreshHelpersListingEachNameOnce();
+    void closingFirstTabKeepsHighlighterColouringTheOther();
+    void closedTabEditorStopsWatchingItsFile();
+    void closedTabPageAndEditorAreDeleted();
+    void reopeningProgramManyTimesLeavesNoEditorsBehind();
 
     // Lookups by name
     void sameTitleTwiceLookupsFindFirst();
@@ -143,6 +194,8 @@ private slots:
     void hostMenuOpensProgramOnlyOnce();
     void hostMenuOpensProjectPrograms();
     void hostMenuUnknownNameAsksAndCreatesProgram();
+    void hostMenuUnknownNameCancelledCreatesNothing();
+    void hostMenuProgramWrittenMeanwhileOpensUnchanged();
     void runReopensRememberedTabs();
     void runGivesTabToRememberedProgramWithoutFile();
 
@@ -158,9 +211,14 @@ private slots:
 private:
     bool makeWindow();
     bool showWindow();
+    bool showWindowOverTwoPrograms();
+    bool openTabsOfTwoPrograms();
     QList<QVariant> reported(const QString &key) const;
     ZuSourceCode *editorAt(int index) const { return editorOf(tabs->widget(index)); }
     void typeInto(int index, const QString &text);
+    QSyntaxHighlighter *windowHighlighter() const;
+    int pagesHeld() const;
+    zuporzu *askForUnknownName(const QString &name);
 
     QScopedPointer<QSignalSpy> variants;
 };
@@ -198,6 +256,29 @@ bool TestTabs::showWindow()
     return showAndActivate(window);
 }
 
+// Programs a and b open in two tabs of the shown window, b current.
+bool TestTabs::openTabsOfTwoPrograms()
+{
+    if (!writeProgram(QStringLiteral("a"), "alpha\n") || !writeProgram(QStringLiteral("b"), "beta\n")
+        || !makeWindow() || !showWindow())
+        return false;
+    window->addTextTab(QStringLiteral("a"));
+    window->addTextTab(QStringLiteral("b"));
+    return true;
+}
+
+// Programs a and b, and the window shown with the host's operations op1
+// and op2 and its type t1.
+bool TestTabs::showWindowOverTwoPrograms()
+{
+    if (!writeProgram(QStringLiteral("a"), "op1 a\n") || !writeProgram(QStringLiteral("b"), "op2 b\n")
+        || !makeWindow())
+        return false;
+    HostTables tables({ "op1", "op2" }, { "t1" });
+    window->tablesAnswer(&tables.operations, &tables.types);
+    return showWindow();
+}
+
 // The values reported for one key, in order. Every report carries sync
 // false and change true; a report that does not is returned as an invalid
 // value, which no comparison accepts.
@@ -220,6 +301,35 @@ void TestTabs::typeInto(int index, const QString &text)
     ZuSourceCode *editor = editorAt(index);
     QVERIFY(editor);
     QTest::keyClicks(editor, text);
+}
+
+// The one highlighter, a child of the window itself; null when there is
+// none, or more than one anywhere under the window.
+QSyntaxHighlighter *TestTabs::windowHighlighter() const
+{
+    const QList<QSyntaxHighlighter *> all = window->findChildren<QSyntaxHighlighter *>();
+    if (all.size() != 1 || all.first()->parent() != window)
+        return nullptr;
+    return all.first();
+}
+
+// The pages the tab widget holds, closed ones not yet deleted among them.
+int TestTabs::pagesHeld() const
+{
+    auto *stack = tabs->findChild<QStackedWidget *>();
+    return stack ? stack->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly).size() : -1;
+}
+
+// The host's menu asks for a name that has no file: the window asks what
+// to make of it and returns at once. The question, once it is the active
+// modal widget; null when none comes.
+zuporzu *TestTabs::askForUnknownName(const QString &name)
+{
+    window->addProgListAndEdit(name);
+    auto *dialog = window->findChild<zuporzu *>();
+    if (!dialog || !QTest::qWaitFor([dialog] { return QApplication::activeModalWidget() == dialog; }, 5000))
+        return nullptr;
+    return dialog;
 }
 
 // ---------------------------------------------------------------------------
@@ -288,16 +398,11 @@ void TestTabs::openingTabLoadsProgramAndRecordsOpenedList()
 
 void TestTabs::highlighterAndCompleterFollowCurrentTab()
 {
-    QVERIFY(writeProgram(QStringLiteral("a"), "op1 a\n"));
-    QVERIFY(writeProgram(QStringLiteral("b"), "op2 b\n"));
-    QVERIFY(makeWindow());
-    HostTables tables({ "op1", "op2" }, { "t1" });
-    window->tablesAnswer(&tables.operations, &tables.types);
-    QVERIFY(showWindow());
+    QVERIFY(showWindowOverTwoPrograms());
 
     ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
     QVERIFY(first);
-    QPointer<QSyntaxHighlighter> highlighter = first->findChild<QSyntaxHighlighter *>();
+    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
     QVERIFY(highlighter);
     QCOMPARE(highlighter->document(), first->document());
     const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
@@ -314,7 +419,7 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
 
     ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
     QVERIFY(second);
-    QCOMPARE(window->findChildren<QSyntaxHighlighter *>().size(), 1);
+    QCOMPARE(windowHighlighter(), highlighter.data());
     QCOMPARE(window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
     QVERIFY(highlighter);
     QVERIFY(completer);
@@ -323,7 +428,7 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
     QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1" }));
     QTRY_COMPARE_WITH_TIMEOUT(colourAt(second->document()->firstBlock(), 0), QColor(Qt::red), 2000);
     // A choice in the completer's list reaches the current editor.
-    QVERIFY(QObject::disconnect(completer, SIGNAL(activated(QString)), second, SLOT(insertCompleter(QString))));
+    QVERIFY(takeCompletionLink(completer, second));
     window->changeCompleter(second);
 
     // Back to the first tab by its tab on the bar.
@@ -331,7 +436,8 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
     QCOMPARE(tabs->currentIndex(), 0);
     QCOMPARE(highlighter->document(), first->document());
     QCOMPARE(completer->widget(), first);
-    QVERIFY(QObject::disconnect(completer, SIGNAL(activated(QString)), first, SLOT(insertCompleter(QString))));
+    QVERIFY(takeCompletionLink(completer, first));
+    QVERIFY(!takeCompletionLink(completer, second));
 }
 
 void TestTabs::switchingTabsBindsButtonsToCurrentEditor()
@@ -433,12 +539,7 @@ void TestTabs::tabChangedWithoutTabChangesNothing()
 
 void TestTabs::closingUnmodifiedTabAsksNothing()
 {
-    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
-    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
-    QVERIFY(makeWindow());
-    QVERIFY(showWindow());
-    window->addTextTab(QStringLiteral("a"));
-    window->addTextTab(QStringLiteral("b"));
+    QVERIFY(openTabsOfTwoPrograms());
     BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
     variants->clear();
 
@@ -473,12 +574,7 @@ void TestTabs::closingModifiedTabAsksToSave()
     QFETCH(QStringList, titlesAfter);
     QFETCH(QByteArray, fileAfter);
 
-    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
-    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
-    QVERIFY(makeWindow());
-    QVERIFY(showWindow());
-    window->addTextTab(QStringLiteral("a"));
-    window->addTextTab(QStringLiteral("b"));
+    QVERIFY(openTabsOfTwoPrograms());
     typeInto(0, QStringLiteral("zz"));
     clickTab(tabs, 1);
     BoxAnswerer answerer { QMessageBox::StandardButton(answer), BoxAnswerer::AcceptInputs };
@@ -503,9 +599,8 @@ void TestTabs::closingLastTabDisablesButtonsAndDropsHelpers()
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
     QVERIFY(showWindow());
-    ZuSourceCode *editor = editorOf(window->addTextTab(QStringLiteral("a")));
-    QVERIFY(editor);
-    QPointer<QSyntaxHighlighter> highlighter = editor->findChild<QSyntaxHighlighter *>();
+    QVERIFY(editorOf(window->addTextTab(QStringLiteral("a"))));
+    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
     QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
     QVERIFY(highlighter);
     QVERIFY(completer);
@@ -535,27 +630,31 @@ void TestTabs::closingLastTabDisablesButtonsAndDropsHelpers()
     QVERIFY(button("editButton")->isEnabled());
 }
 
-void TestTabs::reopenedFirstTabGetsFreshHelpersAndLongerWordList()
+void TestTabs::reopenedFirstTabGetsFreshHelpersListingEachNameOnce()
 {
-    QVERIFY(writeProgram(QStringLiteral("a"), "op1 a\n"));
+    QVERIFY(writeProgram(QStringLiteral("a"), "op1 t1\n"));
     QVERIFY(writeProgram(QStringLiteral("b"), "op2 b\n"));
     QVERIFY(makeWindow());
-    HostTables tables({ "op1", "op2" }, { "t1" });
+    // The host lists op2 both as an operation and as a type.
+    HostTables tables({ "op1", "op2" }, { "t1", "op2" });
     window->tablesAnswer(&tables.operations, &tables.types);
-    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2" }));
-    QCOMPARE(window->typeNames(), QStringList { "t1" });
+    const QStringList operations { "op1", "op2" };
+    const QStringList types { "t1", "op2" };
+    const QStringList names { "op1", "op2", "t1" };
+    QCOMPARE(window->operationNames(), operations);
+    QCOMPARE(window->typeNames(), types);
     QVERIFY(showWindow());
 
-    ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
+    QPointer<ZuSourceCode> first = editorOf(window->addTextTab(QStringLiteral("a")));
     window->addTextTab(QStringLiteral("b"));
-    QPointer<QSyntaxHighlighter> highlighter = first->findChild<QSyntaxHighlighter *>();
+    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
     QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(first);
     QVERIFY(highlighter);
     QVERIFY(completer);
-    QCOMPARE(qobject_cast<QStringListModel *>(completer->model())->stringList(),
-             (QStringList { "op1", "op2", "t1" }));
-    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2", "t1" }));
-    QCOMPARE(window->typeNames(), QStringList { "t1" });
+    QCOMPARE(qobject_cast<QStringListModel *>(completer->model())->stringList(), names);
+    QCOMPARE(window->operationNames(), operations);
+    QCOMPARE(window->typeNames(), types);
 
     // Closing one of two tabs keeps both helpers.
     window->tabClose(1);
@@ -564,24 +663,134 @@ void TestTabs::reopenedFirstTabGetsFreshHelpersAndLongerWordList()
     window->tabClose(0);
     QVERIFY(highlighter.isNull());
     QVERIFY(completer.isNull());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(first.isNull());
 
     ZuSourceCode *again = editorOf(window->addTextTab(QStringLiteral("a")));
     QVERIFY(again);
-    QVERIFY(again != first);
-    QSyntaxHighlighter *freshHighlighter = again->findChild<QSyntaxHighlighter *>();
+    QSyntaxHighlighter *freshHighlighter = windowHighlighter();
     QVERIFY(freshHighlighter);
     QCOMPARE(freshHighlighter->document(), again->document());
-    QCOMPARE(window->findChildren<QSyntaxHighlighter *>().size(), 1);
     const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
     QCOMPARE(completers.size(), 1);
     QCOMPARE(completers.first()->widget(), again);
     auto *model = qobject_cast<QStringListModel *>(completers.first()->model());
     QVERIFY(model);
-    QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1", "t1" }));
-    QCOMPARE(window->operationNames(), (QStringList { "op1", "op2", "t1", "t1" }));
-    QCOMPARE(window->typeNames(), QStringList { "t1" });
-    QTRY_COMPARE_WITH_TIMEOUT(colourAt(again->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+    QCOMPARE(model->stringList(), names);
+    QCOMPARE(window->operationNames(), operations);
+    QCOMPARE(window->typeNames(), types);
+
+    // The operation is red and bold, the type blue and of normal weight.
+    const QTextBlock line = again->document()->firstBlock();
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(line, 0), QColor(Qt::red), 2000);
+    QCOMPARE(formatAt(line, 0).fontWeight(), int(QFont::Bold));
+    QCOMPARE(colourAt(line, 4), QColor(Qt::blue));
+    QCOMPARE(formatAt(line, 4).fontWeight(), int(QFont::Normal));
     QVERIFY(button("seacrhButton")->isEnabled());
+}
+
+void TestTabs::closingFirstTabKeepsHighlighterColouringTheOther()
+{
+    QVERIFY(showWindowOverTwoPrograms());
+
+    // The highlighter is made on the first tab's document.
+    QPointer<ZuSourceCode> first = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(first);
+    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
+    QVERIFY(highlighter);
+    QCOMPARE(highlighter->document(), first->document());
+    ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
+    QVERIFY(second);
+
+    QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    QVERIFY(first.isNull());
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
+    QVERIFY(highlighter);
+    QCOMPARE(windowHighlighter(), highlighter.data());
+    QCOMPARE(highlighter->document(), second->document());
+    // What is typed into the remaining tab is coloured.
+    typeInto(0, QStringLiteral("t1 "));
+    const QTextBlock line = second->document()->firstBlock();
+    QCOMPARE(line.text(), QStringLiteral("t1 op2 b"));
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(line, 0), QColor(Qt::blue), 2000);
+    QCOMPARE(colourAt(line, 3), QColor(Qt::red));
+}
+
+void TestTabs::closedTabEditorStopsWatchingItsFile()
+{
+    QVERIFY(openTabsOfTwoPrograms());
+    BoxAnswerer answerer(QMessageBox::No);
+
+    QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
+    // Both programs change outside before the event loop runs again, the
+    // closed one first: its editor is still there until then.
+    QVERIFY(writeFile(QStringLiteral("a.zu"), "changed a\n"));
+    QVERIFY(writeFile(QStringLiteral("b.zu"), "changed b\n"));
+
+    // The open program's question shows that notifications do arrive.
+    QTRY_VERIFY_WITH_TIMEOUT(answerer.texts().contains(changedOutsideQuestion(QStringLiteral("b"))), watcherTimeout);
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    deliverPending();
+    QStringList asked = answerer.texts();
+    asked.removeDuplicates();
+    QCOMPARE(asked, QStringList { changedOutsideQuestion(QStringLiteral("b")) });
+}
+
+void TestTabs::closedTabPageAndEditorAreDeleted()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    QPointer<QWidget> page = window->addTextTab(QStringLiteral("a"));
+    QPointer<ZuSourceCode> editor = editorOf(page);
+    QVERIFY(editor);
+    window->addTextTab(QStringLiteral("b"));
+
+    QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+
+    // A close may be asked for from inside the editor's own slot: the page
+    // goes once the event loop deletes it.
+    QVERIFY(editor);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(editor.isNull());
+    QVERIFY(page.isNull());
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), 1);
+    QCOMPARE(pagesHeld(), 1);
+}
+
+void TestTabs::reopeningProgramManyTimesLeavesNoEditorsBehind()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("b"));
+    clickTab(selector, 0);
+    clickItem(programs, itemNamed(programs, QStringLiteral("a")));
+    QPushButton *edit = button("editButton");
+    QVERIFY(edit->isEnabled());
+    const int editors = window->findChildren<ZuSourceCode *>().size();
+    const int pages = pagesHeld();
+    const int documents = window->findChildren<QTextDocument *>().size();
+    QCOMPARE(editors, 1);
+    QCOMPARE(pages, 1);
+
+    for (int i = 0; i < 500; ++i) {
+        QTest::mouseClick(edit, Qt::LeftButton);
+        QCOMPARE(tabTexts(tabs), (QStringList { "b", "a" }));
+        QTest::mouseClick(closeButtonOf(tabs, 1), Qt::LeftButton);
+        // What the event loop does between two clicks.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), editors);
+    QCOMPARE(pagesHeld(), pages);
+    QCOMPARE(window->findChildren<QTextDocument *>().size(), documents);
 }
 
 // ---------------------------------------------------------------------------
@@ -831,36 +1040,62 @@ void TestTabs::hostMenuUnknownNameAsksAndCreatesProgram()
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
 
-    window->addProgListAndEdit(QStringLiteral("fresh"));
-
     // The request returns at once; the question stays open.
+    QPointer<zuporzu> dialog = askForUnknownName(QStringLiteral("fresh"));
+    QVERIFY(dialog);
     QVERIFY(window->isVisible());
     QVERIFY(itemNamed(programs, QStringLiteral("fresh")));
     QCOMPARE(tabs->count(), 0);
     QVERIFY(!QFile::exists(QStringLiteral("fresh.zu")));
-    QPointer<QDialog> dialog;
-    QTRY_VERIFY_WITH_TIMEOUT((dialog = window->findChild<QDialog *>(QStringLiteral("zuporzu"))) && dialog->isVisible(),
-                             5000);
+    QVERIFY(dialog->isVisible());
     QVERIFY(dialog->isModal());
-    QTRY_COMPARE_WITH_TIMEOUT(QApplication::activeModalWidget(), static_cast<QWidget *>(dialog.data()), 5000);
-
     auto *programChoice = dialog->findChild<QRadioButton *>(QStringLiteral("radioButton_2"));
     QVERIFY(programChoice);
     QCOMPARE(programChoice->text(), QStringLiteral("новую программу"));
-    clickRadio(programChoice);
-    QVERIFY(programChoice->isChecked());
-    auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
-    QVERIFY(buttons);
-    QVERIFY(buttons->button(QDialogButtonBox::Ok));
-    QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
 
-    QTRY_VERIFY_WITH_TIMEOUT(!dialog || !dialog->isVisible(), 5000);
+    QVERIFY(answerWithProgram(dialog, QDialogButtonBox::Ok));
+
+    QVERIFY(questionGoesAway(dialog));
     QVERIFY(QFile::exists(QStringLiteral("fresh.zu")));
     QCOMPARE(QFileInfo(QStringLiteral("fresh.zu")).size(), qint64(0));
     QVERIFY(!QFile::exists(QStringLiteral("fresh.zup")));
     QCOMPARE(tabTexts(tabs), QStringList { "fresh" });
     QCOMPARE(tabs->currentIndex(), 0);
     QCOMPARE(editorAt(0)->toPlainText(), QString());
+    QVERIFY(!editorAt(0)->isChanged());
+}
+
+void TestTabs::hostMenuUnknownNameCancelledCreatesNothing()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    QPointer<zuporzu> dialog = askForUnknownName(QStringLiteral("fresh"));
+    QVERIFY(dialog);
+
+    QVERIFY(answerWithProgram(dialog, QDialogButtonBox::Cancel));
+
+    QVERIFY(questionGoesAway(dialog));
+    QVERIFY(!QFile::exists(QStringLiteral("fresh.zu")));
+    QVERIFY(!QFile::exists(QStringLiteral("fresh.zup")));
+    QCOMPARE(tabs->count(), 0);
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant>());
+}
+
+void TestTabs::hostMenuProgramWrittenMeanwhileOpensUnchanged()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(makeWindow());
+    QPointer<zuporzu> dialog = askForUnknownName(QStringLiteral("fresh"));
+    QVERIFY(dialog);
+    // Another tool makes the program while the question is open.
+    QVERIFY(writeFile(QStringLiteral("fresh.zu"), "made outside\n"));
+
+    QVERIFY(answerWithProgram(dialog, QDialogButtonBox::Ok));
+
+    QVERIFY(questionGoesAway(dialog));
+    QCOMPARE(programBytes(QStringLiteral("fresh")), QByteArray("made outside\n"));
+    QCOMPARE(tabTexts(tabs), QStringList { "fresh" });
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("made outside\n"));
     QVERIFY(!editorAt(0)->isChanged());
 }
 
@@ -1048,12 +1283,7 @@ void TestTabs::saveBeforeRunWithAutoSaveOnSavesNamedProgram()
 
 void TestTabs::saveCurrentProgSavesOnlyModifiedCurrent()
 {
-    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
-    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
-    QVERIFY(makeWindow());
-    QVERIFY(showWindow());
-    window->addTextTab(QStringLiteral("a"));
-    window->addTextTab(QStringLiteral("b"));
+    QVERIFY(openTabsOfTwoPrograms());
     typeInto(0, QStringLiteral("xx"));
     tabs->setCurrentIndex(1);
 
@@ -1099,5 +1329,5 @@ void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
     QVERIFY(!editorAt(3)->isChanged());
 }
 
-ZU_REGISTER_TEST(TestTabs)
+QTEST_MAIN(TestTabs)
 #include "tst_tabs.moc"

@@ -3,6 +3,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMessageBox>
+#include <QPointer>
 
 ProgDelete::ProgDelete(QWidget *parent, QString name, QString dir)
     : QDialog(parent)
@@ -47,12 +49,23 @@ void ProgDelete::fillBoxes(QString dir)
         file.box->setEnabled(QFile::exists(programFile(file.extension)));
 }
 
-// A file that is already gone, or cannot be removed, is passed over: the
-// others are still removed and there is nothing useful to tell the user.
+// A file that is already gone is passed over; one that cannot be removed is
+// reported, and the others are still removed.
 void ProgDelete::on_buttonBox_accepted()
 {
+    // The dialog is already closed and may go while a box is open: keep
+    // what the loop needs.
+    QStringList checked;
     for (const FileBox &file : fileBoxes()) {
         if (file.box->isChecked())
-            QFile::remove(programFile(file.extension));
+            checked << programFile(file.extension);
+    }
+    const QPointer<QWidget> owner = parentWidget();
+    for (const QString &path : qAsConst(checked)) {
+        QFile program(path);
+        if (!program.remove() && program.exists()) {
+            QMessageBox::critical(owner, tr("Ошибка удаления файла"),
+                                  path + QLatin1Char('\n') + program.errorString(), QMessageBox::Ok);
+        }
     }
 }

@@ -7,6 +7,8 @@ zuporzu::zuporzu(QString name, QWidget *parent)
     , name(name)
 {
     ui->setupUi(this);
+    // The caller shows the dialog and forgets it.
+    connect(this, &QDialog::finished, this, &QObject::deleteLater);
 }
 
 zuporzu::~zuporzu()

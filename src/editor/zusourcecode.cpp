@@ -1,7 +1,8 @@
 #include "zusourcecode.h"
 
 #include "codepage.h"
-#include "editwindow.h"
+#include "editorwindowinterface.h"
+#include "filewrite.h"
 #include "linenumberarea.h"
 
 #include <QFile>
@@ -9,9 +10,10 @@
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QSaveFile>
+#include <QTextCodec>
 #include <QTextStream>
 
-ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditWindow *editWindow, QString)
+ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *editWindow, QString)
     : QPlainTextEdit(page)
     , editWindow(editWindow)
     , page(page)
@@ -25,13 +27,13 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditWindow *editWindow, 
     delimiters = QStringLiteral("{}\\;., \t():");
     lineNumberArea = new LineNumberArea(this);
 
-    connect(this, SIGNAL(blockCountChanged(int)), this, SLOT(updateLineNumberAreaWidth(int)));
-    connect(this, SIGNAL(updateRequest(QRect,int)), this, SLOT(updateLineNumberArea(QRect,int)));
-    connect(this, SIGNAL(undoAvailable(bool)), this, SLOT(canUndo(bool)));
-    connect(this, SIGNAL(redoAvailable(bool)), this, SLOT(canRedo(bool)));
-    connect(this, SIGNAL(modificationChanged(bool)), this, SLOT(_Changed(bool)));
-    connect(&watcher, SIGNAL(fileChanged(QString)), this, SLOT(fileChanged(QString)));
-    connect(this, SIGNAL(cursorPositionChanged()), this, SLOT(newCursorPosition()));
+    connect(this, &QPlainTextEdit::blockCountChanged, this, &ZuSourceCode::updateLineNumberAreaWidth);
+    connect(this, &QPlainTextEdit::updateRequest, this, &ZuSourceCode::updateLineNumberArea);
+    connect(this, &QPlainTextEdit::undoAvailable, this, &ZuSourceCode::canUndo);
+    connect(this, &QPlainTextEdit::redoAvailable, this, &ZuSourceCode::canRedo);
+    connect(this, &QPlainTextEdit::modificationChanged, this, &ZuSourceCode::_Changed);
+    connect(&watcher, &QFileSystemWatcher::fileChanged, this, &ZuSourceCode::fileChanged);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ZuSourceCode::newCursorPosition);
 
     updateLineNumberAreaWidth(0);
 }
@@ -44,6 +46,11 @@ QString ZuSourceCode::takeWatchedPath()
         return QString();
     watcher.removePath(files.first());
     return files.first();
+}
+
+void ZuSourceCode::stopWatching()
+{
+    takeWatchedPath();
 }
 
 void ZuSourceCode::watchAgain(const QString &path)
@@ -62,7 +69,7 @@ bool ZuSourceCode::loadFile(QString name)
 
     QFile file(name + QStringLiteral(".zu"));
     if (!file.open(QIODevice::ReadOnly)) {
-        QMessageBox::critical(nullptr, tr("Ошибка открытия файла"),
+        QMessageBox::critical(window(), tr("Ошибка открытия файла"),
                               name + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
         watchAgain(watched);
         return false;
@@ -74,7 +81,7 @@ bool ZuSourceCode::loadFile(QString name)
     in.setAutoDetectUnicode(false);
     setPlainText(in.readAll());
     if (file.error() != QFileDevice::NoError) {
-        QMessageBox::critical(nullptr, tr("Ошибка чтения файла"),
+        QMessageBox::critical(window(), tr("Ошибка чтения файла"),
                               name + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
         return false;
     }
@@ -105,30 +112,39 @@ QString ZuSourceCode::textForFile() const
 }
 
 // The text goes to a temporary file that replaces the program only once it
-// is complete, so a failing write leaves the old program on disk.
+// is complete, so a failing write leaves the old program on disk. Text the
+// code page cannot hold is refused before anything is written.
 bool ZuSourceCode::saveFile(QString filename)
 {
+    const QString text = textForFile();
+    QTextCodec::ConverterState state;
+    const QByteArray bytes = windows1251()->fromUnicode(text.constData(), text.size(), &state);
+    if (state.invalidChars > 0) {
+        QMessageBox::critical(window(), tr("Ошибка записи файла"),
+                              filename + QLatin1Char('\n')
+                                  + unencodableMessage(text, firstUnencodable(text))
+                                  + tr("\nПрограмма не сохранена."),
+                              QMessageBox::Ok);
+        return false;
+    }
+
     const QString watched = takeWatchedPath();
     QSaveFile file(filename + QStringLiteral(".zu"));
     file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly)) {
-        QMessageBox::critical(nullptr, tr("Ошибка открытия файла "),
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        QMessageBox::critical(window(), tr("Ошибка открытия файла "),
                               filename + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
         watchAgain(watched);
         return false;
     }
-    QTextStream out(&file);
-    out.setCodec(windows1251());
-    out << textForFile();
-    out.flush();
-    if (out.status() == QTextStream::Ok && file.commit()) {
+    if (writeAndCommit(file, bytes)) {
         modified = false;
         document()->setModified(false);
         editWindow->setEditButtons(0, 0, -1, -1, -1);
         watcher.addPath(file.fileName());
         return true;
     }
-    QMessageBox::critical(nullptr, tr("Ошибка записи файла"),
+    QMessageBox::critical(window(), tr("Ошибка записи файла"),
                           filename + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
     file.cancelWriting();
     watchAgain(watched);
@@ -217,7 +233,7 @@ void ZuSourceCode::fileChanged(QString path)
 {
     if (idleTimer.isActive())
         return;
-    QTimer::singleShot(50, this, SLOT(dummy()));
+    QTimer::singleShot(50, this, &ZuSourceCode::dummy);
     if (questionOpen) {
         changedDuringQuestion = true;
         return;
@@ -246,7 +262,7 @@ void ZuSourceCode::askAboutOutsideChange(const QString &path)
         // The tab closes later: this editor must not be destroyed inside
         // its own slot.
         if (answer == QMessageBox::Yes)
-            QMetaObject::invokeMethod(editWindow, "tabClose", Qt::QueuedConnection, Q_ARG(QString, name));
+            QTimer::singleShot(0, this, [this, name] { editWindow->tabClose(name); });
         return;
     }
 

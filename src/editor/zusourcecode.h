@@ -5,7 +5,7 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 
-class EditWindow;
+class EditorWindowInterface;
 class LineNumberArea;
 
 // The editor of one open program, one per tab. The program's name is the
@@ -17,10 +17,12 @@ class ZuSourceCode : public QPlainTextEdit
     friend class LineNumberArea;
 
 public:
-    ZuSourceCode(QWidget *page, QString name, EditWindow *editWindow, QString programsDir);
+    ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *editWindow, QString programsDir);
 
     bool loadFile(QString name);
     bool canClose(bool asNew);
+    // The program is closing: outside changes no longer concern it.
+    void stopWatching();
     int lineNumberAreaWidth() const;
 
     // What the main window restores its buttons from on a tab change.
@@ -61,7 +63,7 @@ private:
     LineNumberArea *lineNumberArea;
     int tabSize = 4;
     int fontSize = 10;
-    EditWindow *editWindow;
+    EditorWindowInterface *editWindow;
     QWidget *page;
     quint32 errorCode = 0;
     quint32 errorLine = 0;

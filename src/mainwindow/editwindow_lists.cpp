@@ -52,12 +52,12 @@ void EditWindow::refill(QListWidget *list, const QStringList &names)
     listedNames.insert(list, names);
     const QString remembered = list->currentItem() ? list->currentItem()->text() : QString();
     list->clear();
-    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    disconnect(list, &QListWidget::itemChanged, this, &EditWindow::progRenamed);
     for (const QString &name : names) {
         auto *item = new QListWidgetItem(name, list);
         item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled);
     }
-    connect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    connect(list, &QListWidget::itemChanged, this, &EditWindow::progRenamed);
 
     if (list->count() > 0) {
         list->setCurrentRow(0);
@@ -87,8 +87,7 @@ void EditWindow::dirChanged(QString s)
 void EditWindow::setProgramsDir(const QString &dir)
 {
     programsDir = dir;
-    QDir::setCurrent(dir);
-    dirChanged(QString());
+    enterProgramsDir(dir);
 }
 
 void EditWindow::newSettingsProgramsDir(QString hostDir, QString dir)
@@ -96,7 +95,18 @@ void EditWindow::newSettingsProgramsDir(QString hostDir, QString dir)
     hostDirArg = hostDir;
     programsDir = dir;
     emit changeVariant(QStringLiteral("programsDir"), QVariant(dir), false, true);
+    enterProgramsDir(dir);
+}
+
+// The watch is on a directory, not on the name ".": it must move with the
+// current directory.
+void EditWindow::enterProgramsDir(const QString &dir)
+{
     QDir::setCurrent(dir);
+    const QStringList watched = dirWatcher.directories();
+    if (!watched.isEmpty())
+        dirWatcher.removePaths(watched);
+    dirWatcher.addPath(QDir::currentPath());
     dirChanged(QString());
 }
 
@@ -157,9 +167,9 @@ QListWidgetItem *EditWindow::newItemInList(QListWidget *list, QString name)
         return found.first();
 
     auto *item = new QListWidgetItem(name, list);
-    disconnect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    disconnect(list, &QListWidget::itemChanged, this, &EditWindow::progRenamed);
     item->setFlags(item->flags() | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsEnabled);
-    connect(list, SIGNAL(itemChanged(QListWidgetItem*)), this, SLOT(progRenamed(QListWidgetItem*)));
+    connect(list, &QListWidget::itemChanged, this, &EditWindow::progRenamed);
     return item;
 }
 
@@ -230,18 +240,27 @@ void EditWindow::progRenamed(QListWidgetItem *item)
     if (!newItemMode) {
         if (name == curProgName)
             return;
-        QFile::rename(curProgName + QLatin1String(ext), target);
+        QFile file(curProgName + QLatin1String(ext));
+        if (!file.rename(target)) {
+            fileError(tr("Ошибка переименования файла"),
+                      file.fileName() + QStringLiteral(" → ") + target, file.errorString());
+            rejectName(item);
+            return;
+        }
         if (ui->selectorTabs->currentIndex() == 2)
             dropCurrProjList();
         return;
     }
 
-    newItemMode = false;
-    if (name == placeholderName())
+    if (name == placeholderName()) {
+        newItemMode = false;
         return;
-    QFile file(target);
-    file.open(QIODevice::WriteOnly);
-    file.close();
+    }
+    if (!createEmptyFile(target)) {
+        rejectName(item);
+        return;
+    }
+    newItemMode = false;
     if (list == ui->currentProjectList)
         dropCurrProjList();
     if (project) {
@@ -249,6 +268,22 @@ void EditWindow::progRenamed(QListWidgetItem *item)
         ui->selectorTabs->setCurrentIndex(0);
         QToolTip::showText(QPoint(0, 0), tr("Выберите программы и включите в новый проект"), ui->programsList);
     }
+}
+
+void EditWindow::fileError(const QString &title, const QString &what, const QString &why)
+{
+    QMessageBox::critical(this, title, what + QLatin1Char('\n') + why, QMessageBox::Ok);
+}
+
+// Makes the empty file of a new program or project; a file that is already
+// there is left as it is.
+bool EditWindow::createEmptyFile(const QString &fileName)
+{
+    QFile file(fileName);
+    if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly) || QFileInfo(fileName).isFile())
+        return true;
+    fileError(tr("Ошибка создания файла"), fileName, file.errorString());
+    return false;
 }
 
 // A name that would leave the directory fails like a failed create or
@@ -273,17 +308,27 @@ void EditWindow::on_delProgButton_clicked()
         return;
 
     if (list == ui->projectsList) {
+        // The list may be read again while the question is open: keep the
+        // name, not the item.
+        const QString name = item->text();
         const QMessageBox::StandardButton answer = QMessageBox::question(
             this, tr("ВНИМАНИЕ!"),
             tr("При удалении проекта не удаляются программы входящие в него.\n"
                "Программы следует удалять по-отдельности.Восстановление удаленного проекта "
                "возможно средствами операционной системы\n\nУдалить проект ")
-                + item->text() + QStringLiteral(" ?"),
+                + name + QStringLiteral(" ?"),
             QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
-        if (answer == QMessageBox::Yes) {
-            if (ui->currProjBox->title() == item->text())
-                disableProgProj();
-            QFile::remove(item->text() + QLatin1String(projectExtension));
+        if (answer != QMessageBox::Yes)
+            return;
+        // The box lets go of the project before its file goes.
+        const bool current = ui->currProjBox->title() == name;
+        if (current)
+            disableProgProj();
+        QFile file(name + QLatin1String(projectExtension));
+        if (!file.remove()) {
+            fileError(tr("Ошибка удаления файла"), file.fileName(), file.errorString());
+            if (current)
+                curProjChanged(ui->projectsList->currentRow());
         }
         return;
     }

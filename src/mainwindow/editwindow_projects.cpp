@@ -4,6 +4,7 @@
 #include "ui_editwindow.h"
 
 #include "codepage.h"
+#include "filewrite.h"
 #include "zusourcecode.h"
 
 #include <QFile>
@@ -13,9 +14,20 @@
 #include <QTextCodec>
 #include <QTextStream>
 
-void EditWindow::projectFileError()
+void EditWindow::projectFileError(const QFileDevice &file)
 {
-    QMessageBox::critical(this, tr("ВНИМАНИЕ!"), tr("Ошибка при открытии файла проекта!"), QMessageBox::Ok);
+    QMessageBox::critical(this, tr("ВНИМАНИЕ!"),
+                          tr("Ошибка при открытии файла проекта!") + QLatin1Char('\n') + file.fileName()
+                              + QLatin1Char('\n') + file.errorString(),
+                          QMessageBox::Ok);
+}
+
+// A line names a program with ".zu" after it; a hand-written line without
+// the extension is the name as it stands.
+static QString programOfLine(const QString &line)
+{
+    static const QString extension = QStringLiteral(".zu");
+    return line.endsWith(extension) ? line.chopped(extension.size()) : line;
 }
 
 void EditWindow::OpenPrj(bool skip)
@@ -27,7 +39,7 @@ void EditWindow::OpenPrj(bool skip)
 
     QFile file(project->text() + QStringLiteral(".zup"));
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        projectFileError();
+        projectFileError(file);
         return;
     }
     QTextStream in(&file);
@@ -35,33 +47,53 @@ void EditWindow::OpenPrj(bool skip)
     in.setAutoDetectUnicode(false);
     QStringList names;
     while (!in.atEnd()) {
-        QString line = in.readLine();
+        // readLine() drops the CR of a CR LF line end.
+        const QString line = in.readLine();
         if (line.isEmpty())
             break;
-        // Without ".zu" the cut starts one character from the end.
-        line.remove(line.lastIndexOf(QStringLiteral(".zu")), line.size());
-        names << line;
+        names << programOfLine(line);
     }
     ui->currentProjectList->addItems(names);
     ui->currentProjectList->setCurrentItem(nullptr);
     enableProgProj();
 }
 
+// The new file replaces the project only once it is complete; a name the
+// code page cannot hold would come back as another name, so nothing is
+// written then.
+bool EditWindow::writeProject(const QString &project, const QStringList &programs)
+{
+    QString text;
+    for (const QString &program : programs)
+        text += program + QStringLiteral(".zu\n");
+    const int bad = firstUnencodable(text);
+    if (bad >= 0) {
+        QMessageBox::critical(this, tr("Ошибка записи файла"),
+                              project + QStringLiteral(".zup\n") + unencodableMessage(text, bad)
+                                  + tr("\nПроект не сохранён."),
+                              QMessageBox::Ok);
+        return false;
+    }
+
+    QSaveFile file(project + QStringLiteral(".zup"));
+    file.setDirectWriteFallback(true);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        projectFileError(file);
+        return false;
+    }
+    if (writeAndCommit(file, windows1251()->fromUnicode(text)))
+        return true;
+    QMessageBox::critical(this, tr("Ошибка записи файла"),
+                          file.fileName() + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
+    file.cancelWriting();
+    return false;
+}
+
+// A change the file did not take is undone on the screen too.
 void EditWindow::dropCurrProjList()
 {
-    QSaveFile file(ui->currProjBox->title() + QStringLiteral(".zup"));
-    file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        projectFileError();
-        return;
-    }
-    QTextStream out(&file);
-    out.setCodec(windows1251());
-    for (int row = 0; row < ui->currentProjectList->count(); ++row)
-        out << ui->currentProjectList->item(row)->text() << ".zu\n";
-    out.flush();
-    if (!file.commit())
-        projectFileError();
+    if (!writeProject(ui->currProjBox->title(), listTexts(ui->currentProjectList)))
+        OpenPrj(false);
     enableWholeProjectButtons();
 }
 
@@ -93,7 +125,11 @@ void EditWindow::enableWholeProjectButtons()
 {
     bool anyProgram = false;
     for (int i = 0; i < ui->currentProjectList->count() && !anyProgram; ++i) {
-        const QFileInfo program(ui->currentProjectList->item(i)->text() + QStringLiteral(".zu"));
+        // A hand-edited line may hold a NUL, which names no file.
+        const QString name = ui->currentProjectList->item(i)->text();
+        if (name.contains(QChar::Null))
+            continue;
+        const QFileInfo program(name + QStringLiteral(".zu"));
         anyProgram = program.exists() && program.size() > 0;
     }
     ui->debugProjButton->setEnabled(anyProgram);
@@ -245,19 +281,18 @@ void EditWindow::on_renamePrjButton_clicked()
         editName(project);
 }
 
+// A new project starts with the program of its name. Files already there
+// are left as they are.
 void EditWindow::zupselected(bool project, QString name)
 {
     if (project) {
-        QFile file(name + QStringLiteral(".zup"));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(windows1251()->fromUnicode(name) + ".zu\n");
-        file.close();
+        if (!QFile::exists(name + QStringLiteral(".zup")))
+            writeProject(name, { name });
         dirChanged(QString());
         selectProjByName(name);
     }
-    QFile program(name + QStringLiteral(".zu"));
-    program.open(QIODevice::WriteOnly);
-    program.close();
+    if (!createEmptyFile(name + QStringLiteral(".zu")))
+        return;
     if (!findOpenTab(name))
         addTextTab(name);
     if (!project) {

@@ -26,16 +26,19 @@ ZuSourceCode *EditWindow::currentEditor() const
 
 QWidget *EditWindow::addTextTab(QString name)
 {
-    auto *page = new QWidget;
+    // The page is the tab widget's from the start: the editor loads its
+    // file as it is made, and a box about that opens over this window.
+    auto *page = new QWidget(ui->tabWidget);
     auto *layout = new QHBoxLayout(page);
     auto *editor = new ZuSourceCode(page, name, this, programsDir);
     // One highlighter and one completer serve whichever tab is current.
     if (!syntaxer)
-        syntaxer = new Syntaxer(editor, &operList, &typeList);
+        syntaxer = new Syntaxer(editor->document(), operList, typeList, this);
     if (!completer) {
         completer = new QCompleter(this);
-        operList << typeList;
-        completer->setModel(new QStringListModel(operList, completer));
+        QStringList names = operList + typeList;
+        names.removeDuplicates();
+        completer->setModel(new QStringListModel(names, completer));
         completer->setCaseSensitivity(Qt::CaseSensitive);
         completer->setWrapAround(false);
         completer->setCompletionMode(QCompleter::PopupCompletion);
@@ -94,11 +97,11 @@ void EditWindow::tabChanged(int index)
     if (editor->document() && syntaxer)
         syntaxer->setDocument(editor->document());
     for (QPushButton *button : { ui->saveProgramButton, ui->saveAsProgramButton, ui->undoButton, ui->redoButton })
-        button->disconnect(SIGNAL(clicked()));
-    connect(ui->saveProgramButton, SIGNAL(clicked()), editor, SLOT(toSave()));
-    connect(ui->saveAsProgramButton, SIGNAL(clicked()), editor, SLOT(toSaveAs()));
-    connect(ui->undoButton, SIGNAL(clicked()), editor, SLOT(undo()));
-    connect(ui->redoButton, SIGNAL(clicked()), editor, SLOT(redo()));
+        disconnect(button, &QPushButton::clicked, nullptr, nullptr);
+    connect(ui->saveProgramButton, &QPushButton::clicked, editor, &ZuSourceCode::toSave);
+    connect(ui->saveAsProgramButton, &QPushButton::clicked, editor, &ZuSourceCode::toSaveAs);
+    connect(ui->undoButton, &QPushButton::clicked, editor, &QPlainTextEdit::undo);
+    connect(ui->redoButton, &QPushButton::clicked, editor, &QPlainTextEdit::redo);
     setEditButtons(editor->isChanged(), editor->isChanged(), editor->isUndoAvailable(),
                    editor->isRedoAvailable(), editor->isCompileEnabled());
     emit changeVariant(QStringLiteral("openedtab"), currTabName(), false, true);
@@ -108,9 +111,11 @@ void EditWindow::changeCompleter(ZuSourceCode *editor)
 {
     if (!completer)
         return;
-    completer->disconnect(editor);
+    // Only the current editor inserts what the popup offers.
+    const auto activated = qOverload<const QString &>(&QCompleter::activated);
+    disconnect(completer, activated, nullptr, nullptr);
     completer->setWidget(editor);
-    connect(completer, SIGNAL(activated(QString)), editor, SLOT(insertCompleter(QString)));
+    connect(completer, activated, editor, &ZuSourceCode::insertCompleter);
 }
 
 void EditWindow::tabChanged(QWidget *page)
@@ -122,8 +127,15 @@ void EditWindow::tabClose(int index)
 {
     ZuSourceCode *editor = editorAt(index);
     if (!editor || editor->canClose(false)) {
-        // The page is only taken out of the tab widget.
+        QWidget *page = ui->tabWidget->widget(index);
         ui->tabWidget->removeTab(index);
+        // A closed program is no longer watched or kept in memory. The
+        // request may come from the editor's own slot, so the page goes
+        // once control is back in the event loop.
+        if (editor)
+            editor->stopWatching();
+        if (page)
+            page->deleteLater();
         if (ui->tabWidget->count() == 0) {
             setEditButtons(0, 0, 0, 0, 0);
             delete syntaxer;
@@ -197,7 +209,7 @@ void EditWindow::addProgListAndEdit(QString name)
             addTextTab(name);
     } else {
         auto *dialog = new zuporzu(name, this);
-        connect(dialog, SIGNAL(zupselected(bool,QString)), this, SLOT(zupselected(bool,QString)));
+        connect(dialog, &zuporzu::zupselected, this, &EditWindow::zupselected);
         dialog->setVisible(true);
     }
 }
