@@ -1,11 +1,21 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds everything and runs the whole test suite
-# on the offscreen platform. Extra arguments go to the CMake configure step
-# (for example -DZU_SANITIZE=ON with a build directory of its own:
-# BUILD_DIR=build-asan scripts/run-tests.sh -DZU_SANITIZE=ON).
+# on the offscreen platform.
+#   scripts/run-tests.sh [--asan] [CMAKE_ARGS...]
+# --asan builds with AddressSanitizer and UndefinedBehaviorSanitizer in
+# build-asan and stops at the first error or leak. Other arguments go to the
+# CMake configure step; BUILD_DIR chooses the build directory.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build="${BUILD_DIR:-build}"
+if [ "${1:-}" = --asan ]; then
+    shift
+    build="${BUILD_DIR:-build-asan}"
+    set -- -DZU_SANITIZE=ON "$@"
+    export ASAN_OPTIONS=halt_on_error=1:abort_on_error=1:print_stacktrace=1:detect_leaks=1
+    export UBSAN_OPTIONS=halt_on_error=1:abort_on_error=1:print_stacktrace=1
+    export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp"
+fi
 scripts/install-deps.sh
 cmake -S . -B "$build" "$@"
 cmake --build "$build" -j"$(nproc)"
