@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QLibraryInfo>
@@ -17,7 +16,6 @@ private slots:
     void initTestCase();
     void runKeepsSettings();
     void settingsSurviveRestart();
-    void answersTablesWithoutTimeOut();
     void refusesWhatIsNotAPlugin_data();
     void refusesWhatIsNotAPlugin();
     void dirWinsOverStoredProgramsDir();
@@ -163,22 +161,6 @@ void TestZuHost::settingsSurviveRestart()
     QCOMPARE(settings.value(QStringLiteral("keys")).toStringList(), keys);
     QCOMPARE(settings.value(QStringLiteral("maxLines/value")).toInt(), 200);
     QCOMPARE(settings.value(QStringLiteral("maxLines/step")).toInt(), 10);
-}
-
-void TestZuHost::answersTablesWithoutTimeOut()
-{
-    QTemporaryDir programs;
-    QVERIFY(programs.isValid());
-    const QString settingsFile = m_dir.filePath(QStringLiteral("tables.ini"));
-
-    // Unanswered, run() alone would wait two seconds for the tables.
-    QElapsedTimer timer;
-    timer.start();
-    const Run run = runHost(hostArguments(settingsFile, programs.path())
-                            << QStringLiteral("--quit-after") << QStringLiteral("0"));
-    QVERIFY2(run.finished, run.errors.constData());
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
 }
 
 void TestZuHost::refusesWhatIsNotAPlugin_data()
