@@ -20,6 +20,7 @@
 #include <cstring>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 QString u(const char *utf8)
 {
@@ -108,6 +109,145 @@ FileSizeLimit::~FileSizeLimit()
         setrlimit(RLIMIT_FSIZE, &limit);
     }
     std::signal(SIGXFSZ, previousHandler);
+}
+
+SealedDirectory::SealedDirectory(const QString &path)
+{
+    const QFileDevice::Permissions sealedPermissions = QFileDevice::ReadOwner | QFileDevice::ExeOwner
+        | QFileDevice::ReadGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther;
+    QDir above(QFileInfo(path).absoluteFilePath());
+    while (above.cdUp()) {
+        const QString dir = above.absolutePath();
+        const QFileDevice::Permissions permissions = QFileInfo(dir).permissions();
+        if (permissions & QFileDevice::ExeOther)
+            continue;
+        if (!QFile::setPermissions(dir, permissions | QFileDevice::ExeOther))
+            return;
+        previous.prepend(qMakePair(dir, int(permissions)));
+    }
+    const QString dir = QFileInfo(path).absoluteFilePath();
+    const QFileDevice::Permissions permissions = QFileInfo(dir).permissions();
+    if (!QFile::setPermissions(dir, sealedPermissions))
+        return;
+    previous.prepend(qMakePair(dir, int(permissions)));
+    sealed = true;
+}
+
+SealedDirectory::~SealedDirectory()
+{
+    for (const QPair<QString, int> &dir : qAsConst(previous))
+        QFile::setPermissions(dir.first, QFileDevice::Permissions(dir.second));
+}
+
+UnprivilegedScope::UnprivilegedScope()
+{
+    if (geteuid() != 0) {
+        active = true;
+        return;
+    }
+    const uid_t nobody = 65534;
+    previousUser = geteuid();
+    previousGroup = getegid();
+    if (setegid(nobody) != 0)
+        return;
+    if (seteuid(nobody) != 0) {
+        setegid(previousGroup);
+        return;
+    }
+    dropped = true;
+    active = true;
+}
+
+UnprivilegedScope::~UnprivilegedScope()
+{
+    if (!dropped)
+        return;
+    // The user first: only root may change the group back.
+    if (seteuid(previousUser) != 0 || setegid(previousGroup) != 0)
+        qFatal("Could not return to the user the tests run as");
+}
+
+bool canMakeFileIn(const QString &dir)
+{
+    QFile probe(QDir(dir).filePath(QStringLiteral("probe-of-the-test")));
+    if (!probe.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return false;
+    probe.remove();
+    return true;
+}
+
+bool canWriteInPlace(const QString &path)
+{
+    QFile file(path);
+    return file.exists() && file.open(QIODevice::WriteOnly | QIODevice::Append);
+}
+
+bool enterProgramsDirBesideVictims(const QString &root)
+{
+    const QDir dir(root);
+    return dir.mkpath(QStringLiteral("progs")) && dir.mkpath(QStringLiteral("abs"))
+           && writeAgedFile(dir.filePath(QStringLiteral("victim.zu")), "victim\n")
+           && writeAgedFile(dir.filePath(QStringLiteral("abs/victim.zu")), "abs victim\n")
+           && QDir::setCurrent(dir.filePath(QStringLiteral("progs")));
+}
+
+QString victimsChanged(const QString &root)
+{
+    const QDir dir(root);
+    const QStringList expectedEntries { QStringLiteral("abs"), QStringLiteral("progs"), QStringLiteral("victim.zu") };
+    if (entriesOf(root) != expectedEntries)
+        return QStringLiteral("%1 holds %2").arg(root, entriesOf(root).join(QLatin1Char(' ')));
+    if (entriesOf(dir.filePath(QStringLiteral("abs"))) != QStringList { QStringLiteral("victim.zu") })
+        return QStringLiteral("abs holds %1").arg(entriesOf(dir.filePath(QStringLiteral("abs"))).join(QLatin1Char(' ')));
+    const QPair<const char *, QByteArray> victims[] = { { "victim.zu", "victim\n" }, { "abs/victim.zu", "abs victim\n" } };
+    for (const auto &victim : victims) {
+        const QString path = dir.filePath(QLatin1String(victim.first));
+        if (fileBytes(path) != victim.second || !isAged(path))
+            return path + QStringLiteral(" was written");
+    }
+    return QString();
+}
+
+// ---------------------------------------------------------------------------
+// Names of programs and projects
+
+QString emptyNameReason()
+{
+    return u("Имя не задано.");
+}
+
+QString directoryNameReason()
+{
+    return u("Имена «.» и «..» принадлежат каталогам.");
+}
+
+QString separatorNameReason()
+{
+    return u("Имя не может содержать «/» или «\\».");
+}
+
+QString controlCharacterReason()
+{
+    return u("Имя не может содержать управляющие символы.");
+}
+
+QString tooLongNameReason()
+{
+    return u("Имя файла длиннее 200 байт.");
+}
+
+QString refusedNameBoxText(const QString &name, const QString &reason)
+{
+    return u("Недопустимое имя «") + name + u("».\n") + reason;
+}
+
+QString skippedNamesBoxText(int count, const QStringList &shownNames)
+{
+    QString text = u("Недопустимые имена программ пропущены (") + QString::number(count) + u("):\n")
+                   + shownNames.join(QLatin1Char('\n'));
+    if (count > shownNames.size())
+        text += u("\nи ещё ") + QString::number(count - shownNames.size());
+    return text;
 }
 
 // ---------------------------------------------------------------------------

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
+#include <QPair>
 #include <QPoint>
 #include <QPointer>
 #include <QScopedPointer>
@@ -78,6 +79,71 @@ private:
     bool active = false;
     void (*previousHandler)(int) = nullptr;
 };
+
+// Makes a directory one where no new file can be made, while the files in
+// it stay as they are: the directory becomes 0555 and every directory above
+// it that others cannot pass through gets the right to pass. All is put
+// back on destruction.
+class SealedDirectory
+{
+public:
+    explicit SealedDirectory(const QString &path);
+    ~SealedDirectory();
+    bool isSealed() const { return sealed; }
+
+private:
+    Q_DISABLE_COPY(SealedDirectory)
+    QList<QPair<QString, int>> previous; // each changed directory and its permissions before
+    bool sealed = false;
+};
+
+// Runs as the user and group "nobody" until destruction, when the process
+// runs as root: the permissions of files stop root only so. Elsewhere it
+// does nothing, and the permissions stop the process by themselves.
+class UnprivilegedScope
+{
+public:
+    UnprivilegedScope();
+    ~UnprivilegedScope();
+    bool isActive() const { return active; }
+
+private:
+    Q_DISABLE_COPY(UnprivilegedScope)
+    unsigned previousUser = 0;
+    unsigned previousGroup = 0;
+    bool dropped = false;
+    bool active = false;
+};
+
+// Whether this process can make a new file in the directory (it removes
+// the file it made).
+bool canMakeFileIn(const QString &dir);
+// Whether this process could write the file where it is; nothing is written.
+bool canWriteInPlace(const QString &path);
+
+// <root>/progs becomes the current directory, the programs directory of a
+// test; beside it lie programs a bad name could reach, dated back:
+// <root>/victim.zu and <root>/abs/victim.zu.
+bool enterProgramsDirBesideVictims(const QString &root);
+// Empty when those programs and the directories around the programs
+// directory are as they were made, else what changed.
+QString victimsChanged(const QString &root);
+
+// ---------------------------------------------------------------------------
+// Names of programs and projects
+
+// Why a name a person gave is refused, as the box says it.
+QString emptyNameReason();
+QString directoryNameReason();
+QString separatorNameReason();
+QString controlCharacterReason();
+QString tooLongNameReason();
+// The text of the box that refuses a name a person gave.
+QString refusedNameBoxText(const QString &name, const QString &reason);
+// The text of the one box that names the remembered or listed program
+// names that were skipped: how many, the names shown, one a line, then how
+// many were not shown.
+QString skippedNamesBoxText(int count, const QStringList &shownNames);
 
 // ---------------------------------------------------------------------------
 // Widgets

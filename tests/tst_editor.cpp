@@ -284,13 +284,15 @@ private:
 
 // A probe of its own on a file: set up at the moment of a change, it tells
 // when the change has reached this process's event loop, where the editor's
-// own watcher sees it in the same pass.
+// own watcher sees it in the same pass. Queued like the editor's, it fires
+// after the editor has had the notification.
 struct ChangeProbe
 {
     explicit ChangeProbe(const QString &path)
         : watcher(QStringList { path })
     {
-        QObject::connect(&watcher, &QFileSystemWatcher::fileChanged, [this] { fired = true; });
+        QObject::connect(&watcher, &QFileSystemWatcher::fileChanged, &watcher, [this] { fired = true; },
+                         Qt::QueuedConnection);
     }
     QFileSystemWatcher watcher;
     bool fired = false;
@@ -334,6 +336,8 @@ private slots:
     void savingUnderExistingProgramNameIsRefused();
     void saveAsNewNameRenamesTabAndMovesWatch();
     void cancelledSaveAsWritesNothing();
+    void saveAsBadNameIsRefusedAndWritesNothing_data();
+    void saveAsBadNameIsRefusedAndWritesNothing();
     void closeAsNewRefusedWhenNameDialogCancelled();
     void closingModifiedTabAsksToSave_data();
     void closingModifiedTabAsksToSave();
@@ -372,6 +376,7 @@ private slots:
     void savingKeepsPermissions();
     void savingThroughSymlinkKeepsLink();
     void openFailureOnSaveKeepsWatch();
+    void programWhereNoFileCanBeMadeIsNotSavedInPlace();
 
     // Line numbers
     void gutterWidthFollowsDigitCount_data();
@@ -625,6 +630,58 @@ void TestEditor::cancelledSaveAsWritesNothing()
     QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
     QVERIFY(editor->isChanged());
     QCOMPARE(editor->objectName(), QStringLiteral("prog"));
+}
+
+void TestEditor::saveAsBadNameIsRefusedAndWritesNothing_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("into parent") << QStringLiteral("../name") << separatorNameReason();
+    QTest::newRow("absolute") << QStringLiteral("<root>/name") << separatorNameReason();
+    QTest::newRow("dot-dot") << QStringLiteral("..") << directoryNameReason();
+    QTest::newRow("empty") << QString() << emptyNameReason();
+    QTest::newRow("300 characters") << QString(300, QLatin1Char('n')) << tooLongNameReason();
+}
+
+// The name typed for Save As must be one file name in the programs
+// directory: any other is refused with a box that says why, and nothing
+// is written, inside the directory or out.
+void TestEditor::saveAsBadNameIsRefusedAndWritesNothing()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    const QString root = QDir::currentPath();
+    name.replace(QLatin1String("<root>"), root);
+    QVERIFY(QDir::current().mkdir(QStringLiteral("progs")));
+    QVERIFY(QDir::setCurrent(QStringLiteral("progs")));
+    QVERIFY(writeAgedFile(QStringLiteral("prog.zu"), "abc\n"));
+    ZuSourceCode *editor = openTab(QStringLiteral("prog"));
+    showWindow();
+    QTest::keyClicks(editor, QStringLiteral("x"));
+    QPushButton *saveAs = button("saveAsProgramButton");
+    QVERIFY(saveAs->isEnabled());
+
+    answerer->plan(enterName(name));
+    answerer->plan(press(QMessageBox::Ok));
+    QTest::mouseClick(saveAs, Qt::LeftButton);
+
+    QCOMPARE(answerer->seen.size(), 2);
+    QCOMPARE(answerer->seen.at(0).className, QStringLiteral("QInputDialog"));
+    const SeenBox refusal = answerer->seen.at(1);
+    QCOMPARE(refusal.title, u("ВНИМАНИЕ!"));
+    QCOMPARE(refusal.text, refusedNameBoxText(name, reason));
+    QCOMPARE(refusal.icon, QMessageBox::Critical);
+    QCOMPARE(refusal.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(refusal.parent, static_cast<QWidget *>(window));
+    QVERIFY(refusal.planned);
+    QCOMPARE(entriesOf(root), QStringList { QStringLiteral("progs") });
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
+    QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
+    QVERIFY(isAged(QStringLiteral("prog.zu")));
+    QVERIFY(editor->isChanged());
+    QVERIFY(saveAs->isEnabled());
+    QCOMPARE(editor->objectName(), QStringLiteral("prog"));
+    QCOMPARE(tabs()->tabText(0), QStringLiteral("prog"));
 }
 
 void TestEditor::closeAsNewRefusedWhenNameDialogCancelled()
@@ -1420,6 +1477,53 @@ void TestEditor::openFailureOnSaveKeepsWatch()
     QVERIFY(writeFile(QStringLiteral("prog.zu"), "outside\n"));
     QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 2, questionTimeout);
     QCOMPARE(answerer->seen.at(1).text, changedOutsideText(QStringLiteral("prog")));
+}
+
+// The directory holds no temporary file, so the program could only be
+// written in place: a write that failed half-way would leave half a
+// program. Saving is refused, and the old file stays as it was.
+void TestEditor::programWhereNoFileCanBeMadeIsNotSavedInPlace()
+{
+    QVERIFY(writeAgedFile(QStringLiteral("prog.zu"), "abc\n"));
+    QVERIFY(QFile::setPermissions(QStringLiteral("prog.zu"), QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                      | QFileDevice::ReadGroup | QFileDevice::WriteGroup
+                                      | QFileDevice::ReadOther | QFileDevice::WriteOther));
+    ZuSourceCode *editor = openTab(QStringLiteral("prog"));
+    showWindow();
+    QTest::keyClicks(editor, QStringLiteral("x"));
+    QPushButton *save = button("saveProgramButton");
+    QVERIFY(save->isEnabled());
+
+    answerer->plan(press(QMessageBox::Ok));
+    {
+        const SealedDirectory sealed(QDir::currentPath());
+        QVERIFY(sealed.isSealed());
+        const UnprivilegedScope unprivileged;
+        QVERIFY(unprivileged.isActive());
+        QVERIFY(!canMakeFileIn(QDir::currentPath()));
+        QVERIFY(canWriteInPlace(QStringLiteral("prog.zu")));
+        QTest::mouseClick(save, Qt::LeftButton);
+    }
+
+    QCOMPARE(answerer->seen.size(), 1);
+    const SeenBox box = answerer->seen.first();
+    QCOMPARE(box.title, u("Ошибка открытия файла "));
+    QCOMPARE(box.text, QStringLiteral("prog\n") + systemErrorText(EACCES));
+    QCOMPARE(box.icon, QMessageBox::Critical);
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(box.parent, static_cast<QWidget *>(window));
+    QVERIFY(box.planned);
+    QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("abc\n"));
+    QVERIFY(isAged(QStringLiteral("prog.zu")));
+    QCOMPARE(entriesOf(), QStringList { QStringLiteral("prog.zu") });
+    QVERIFY(editor->isChanged());
+    QVERIFY(save->isEnabled());
+
+    // Where a temporary file can be made, the same save goes through.
+    QTest::mouseClick(save, Qt::LeftButton);
+    QCOMPARE(readBytes(QStringLiteral("prog.zu")), QByteArray("xabc\n"));
+    QVERIFY(!editor->isChanged());
+    QCOMPARE(answerer->seen.size(), 1);
 }
 
 // ---------------------------------------------------------------------------

@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMap>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -25,8 +26,6 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QToolTip>
-
-#include <cerrno>
 
 #include "boxanswerer.h"
 #include "editwindow.h"
@@ -73,6 +72,11 @@ QString expectedToolTip(const QString &fileName)
         .join(QLatin1Char('\n'));
 }
 
+// Where the user types a name in place.
+enum NameEntry { NewProgram, NewProject, RenameProject, NewProjectProgram };
+
+struct OddNameScene;
+
 } // namespace
 
 class TestProgramList : public QObject, protected WindowFixture
@@ -100,6 +104,8 @@ private slots:
     void takenNewNameWarnsAndKeepsNewItemMode();
     void newProgramWithOddName_data();
     void newProgramWithOddName();
+    void everyListRefusesBadNamesCountingItsExtension_data();
+    void everyListRefusesBadNamesCountingItsExtension();
 
     // Renaming
     void renameInPlaceRenamesOnlyProgramFile();
@@ -132,6 +138,9 @@ private slots:
 private:
     bool openWindow();
     void oddNameColumns();
+    void oddNameRows(const QStringList &refusedList, const QStringList &acceptedList);
+    bool openWindowInOddNameScene(OddNameScene &scene, const QMap<QString, QByteArray> &files);
+    void nameInPlace(QListWidget *list, const char *buttonName, const QString &name);
     void setProgramsDirSetting(const QString &dir);
 
     QGroupBox *projectBox = nullptr;
@@ -490,8 +499,9 @@ void TestProgramList::takenNewNameWarnsAndKeepsNewItemMode()
 }
 
 // ---------------------------------------------------------------------------
-// Names that are not plain file names, as new program names and as renames.
-// None may create anything outside the programs directory.
+// Names that are not one file name in the programs directory, as new
+// program names and as renames: each is refused with one box that says
+// why, and nothing is created or renamed, inside the directory or out.
 
 namespace {
 
@@ -502,83 +512,127 @@ QString longName()
     return QString(300, QLatin1Char('n'));
 }
 
-// The one box that tells the user the file system refused the name, saying
-// what failed and why, or no box at all.
-void checkRefusalBox(const BoxAnswerer &answerer, bool failure, const QString &title, const QString &what)
+// The one box that refuses the name and says why, or no box at all when
+// there is no reason to refuse it.
+void checkNameBox(const BoxAnswerer &answerer, const QString &name, const QString &reason)
 {
-    if (!failure) {
+    if (reason.isEmpty()) {
         QVERIFY(answerer.shown.isEmpty());
         return;
     }
     QCOMPARE(answerer.shown.size(), 1);
     const ShownBox &box = answerer.shown.at(0);
-    QCOMPARE(box.title, title);
+    QCOMPARE(box.title, attentionTitle);
     QCOMPARE(box.icon, QMessageBox::Critical);
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QVERIFY2(box.text.startsWith(what + QLatin1Char('\n')), qPrintable(box.text));
-    QVERIFY2(box.text.endsWith(systemErrorText(ENAMETOOLONG)), qPrintable(box.text));
+    QCOMPARE(box.text, refusedNameBoxText(name, reason));
+}
+
+// The programs directory of these tests, <temp>/progs, and what it and
+// the directories around it held before the user named anything.
+struct OddNameScene
+{
+    QString root;
+    QString progs;
+    QStringList rootBefore;
+    QStringList progsBefore;
+    bool tmpFileExisted = false;
+};
+
+// Nothing was made outside the programs directory: not beside it, not in
+// its subdirectories, not in /tmp.
+void checkNothingOutside(const OddNameScene &scene)
+{
+    QCOMPARE(entriesOf(scene.root), scene.rootBefore);
+    QCOMPARE(entriesOf(scene.progs + QStringLiteral("/a")), QStringList());
+    QCOMPARE(entriesOf(scene.progs + QStringLiteral("/sub")), QStringList());
+    QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), scene.tmpFileExisted);
 }
 
 } // namespace
 
+// Makes <temp>/progs the programs directory, with the files given and the
+// subdirectories "a" and "sub" (so that "a/b" would succeed if it were
+// taken as a path), notes what is where, and opens the window there.
+bool TestProgramList::openWindowInOddNameScene(OddNameScene &scene, const QMap<QString, QByteArray> &files)
+{
+    scene.root = tempDir.path();
+    scene.progs = scene.root + QStringLiteral("/progs");
+    if (!QDir(scene.root).mkpath(QStringLiteral("progs/a")) || !QDir(scene.root).mkpath(QStringLiteral("progs/sub"))
+        || !QDir::setCurrent(scene.progs))
+        return false;
+    for (auto file = files.begin(); file != files.end(); ++file) {
+        if (!writeFile(file.key(), file.value()))
+            return false;
+    }
+    scene.tmpFileExisted = QFileInfo::exists(QStringLiteral("/tmp/x.zu"));
+    scene.rootBefore = entriesOf(scene.root);
+    scene.progsBefore = entriesOf(scene.progs);
+    return openWindow();
+}
+
+// Clicks the button that opens the list's in-place editor, types the name
+// over what the editor shows and commits it.
+void TestProgramList::nameInPlace(QListWidget *list, const char *buttonName, const QString &name)
+{
+    QTest::mouseClick(button(buttonName), Qt::LeftButton);
+    QLineEdit *editor = nullptr;
+    QTRY_VERIFY((editor = openEditor(list)) != nullptr);
+    replaceText(editor, name);
+    QCOMPARE(editor->text(), name);
+    COMMIT_NAME(list, editor);
+}
+
 void TestProgramList::oddNameColumns()
 {
     QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("createdFile");   // in the programs directory, empty for none
-    QTest::addColumn<bool>("refused");          // the name would leave the directory
+    QTest::addColumn<QString>("createdFile"); // in the programs directory, empty for none
+    QTest::addColumn<QString>("reason");      // why the name is refused, empty when it is taken
     QTest::addColumn<QStringList>("expectedList");
-    QTest::addColumn<bool>("failure");          // the file system refuses the name
+}
+
+void TestProgramList::oddNameRows(const QStringList &refusedList, const QStringList &acceptedList)
+{
+    const QString root = QString::fromLatin1(rootToken);
+    QTest::newRow("empty") << QString() << QString() << emptyNameReason() << refusedList;
+    QTest::newRow("dot") << "." << QString() << directoryNameReason() << refusedList;
+    QTest::newRow("dot-dot") << ".." << QString() << directoryNameReason() << refusedList;
+    QTest::newRow("into-subdirectory") << "a/b" << QString() << separatorNameReason() << refusedList;
+    QTest::newRow("backslash") << "a\\b" << QString() << separatorNameReason() << refusedList;
+    QTest::newRow("into-parent") << "../escape" << QString() << separatorNameReason() << refusedList;
+    QTest::newRow("absolute-sandbox") << root + "/abs" << QString() << separatorNameReason() << refusedList;
+    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << separatorNameReason() << refusedList;
+    QTest::newRow("300-characters") << longName() << QString() << tooLongNameReason() << refusedList;
+    // Odd, but one file name each.
+    QTest::newRow("three-dots") << "..." << "....zu" << QString() << acceptedList;
+    QTest::newRow("cyrillic") << "программа" << "программа.zu" << QString()
+                              << (QStringList(acceptedList) << "программа");
+    QTest::newRow("chinese") << "程序" << "程序.zu" << QString() << (QStringList(acceptedList) << "程序");
+    QTest::newRow("emoji") << "😀" << "😀.zu" << QString() << (QStringList(acceptedList) << "😀");
 }
 
 void TestProgramList::newProgramWithOddName_data()
 {
     oddNameColumns();
-    const QStringList keep { "keep" };
-    QTest::newRow("empty") << QString() << ".zu" << false << keep << false;
-    QTest::newRow("dot") << "." << "..zu" << false << keep << false;
-    QTest::newRow("dot-dot") << ".." << "...zu" << false << keep << false;
-    QTest::newRow("three-dots") << "..." << "....zu" << false << keep << false;
-    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << keep << false;
-    QTest::newRow("into-parent") << "../escape" << QString() << true << keep << false;
-    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true
-                                      << keep << false;
-    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << keep << false;
-    QTest::newRow("300-characters") << longName() << QString() << false << keep << true;
-    QTest::newRow("chinese") << "程序" << "程序.zu" << false << QStringList { "keep", "程序" } << false;
-    QTest::newRow("emoji") << "😀" << "😀.zu" << false << QStringList { "keep", "😀" } << false;
+    // "...." is hidden: the list does not show it.
+    oddNameRows(QStringList { "keep" }, QStringList { "keep" });
 }
 
 void TestProgramList::newProgramWithOddName()
 {
     QFETCH(QString, name);
     QFETCH(QString, createdFile);
-    QFETCH(bool, refused);
+    QFETCH(QString, reason);
     QFETCH(QStringList, expectedList);
-    QFETCH(bool, failure);
 
-    // <temp>/progs is the programs directory; it has a subdirectory "a", so
-    // that "a/b" would succeed if it were taken as a path.
-    const QString root = tempDir.path();
-    name.replace(QLatin1String(rootToken), root);
-    const QString progs = root + QStringLiteral("/progs");
-    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
-    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/sub")));
-    QVERIFY(QDir::setCurrent(progs));
-    QVERIFY(writeFile(QStringLiteral("keep.zu")));
-    const bool tmpFileExisted = QFileInfo::exists(QStringLiteral("/tmp/x.zu"));
-    const QStringList rootBefore = entriesOf(root);
-    const QStringList progsBefore = entriesOf(progs);
-    QVERIFY(openWindow());
+    OddNameScene scene;
+    QVERIFY(openWindowInOddNameScene(scene, { { QStringLiteral("keep.zu"), QByteArray() } }));
+    name.replace(QLatin1String(rootToken), scene.root);
 
     BoxAnswerer answerer(QMessageBox::Ok);
-    QTest::mouseClick(button("newProgButton"), Qt::LeftButton);
-    QLineEdit *editor = nullptr;
-    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
-    replaceText(editor, name);
-    QCOMPARE(editor->text(), name);
-    COMMIT_NAME(programs, editor);
+    nameInPlace(programs, "newProgButton", name);
 
-    if (refused || failure) {
+    if (!reason.isEmpty()) {
         // Nothing written: the list at once shows what is on disk.
         QCOMPARE(itemTexts(programs), expectedList);
     }
@@ -587,19 +641,101 @@ void TestProgramList::newProgramWithOddName()
     QVERIFY(!openEditor(programs));
     deliverPending();
 
-    QStringList progsAfter = progsBefore;
+    QStringList progsAfter = scene.progsBefore;
     if (!createdFile.isEmpty()) {
         progsAfter << createdFile;
         progsAfter.sort();
         QCOMPARE(QFileInfo(createdFile).size(), 0);
     }
-    QCOMPARE(entriesOf(progs), progsAfter);
-    QCOMPARE(entriesOf(root), rootBefore);
-    QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
-    QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
-    QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
-    checkRefusalBox(answerer, failure, QStringLiteral("Ошибка создания файла"), name + QStringLiteral(".zu"));
+    QCOMPARE(entriesOf(scene.progs), progsAfter);
+    checkNothingOutside(scene);
+    checkNameBox(answerer, name, reason);
     QCOMPARE(itemTexts(programs), expectedList);
+}
+
+void TestProgramList::everyListRefusesBadNamesCountingItsExtension_data()
+{
+    QTest::addColumn<int>("entry");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("createdFile"); // empty for none
+    QTest::addColumn<QString>("reason");      // empty when the name is taken
+
+    const QString root = QString::fromLatin1(rootToken);
+    QTest::newRow("new project into parent") << int(NewProject) << "../escape" << QString()
+                                             << separatorNameReason();
+    QTest::newRow("new project dot") << int(NewProject) << "." << QString() << directoryNameReason();
+    QTest::newRow("renamed project empty") << int(RenameProject) << QString() << QString() << emptyNameReason();
+    QTest::newRow("renamed project absolute") << int(RenameProject) << root + "/abs" << QString()
+                                              << separatorNameReason();
+    QTest::newRow("renamed project backslash") << int(RenameProject) << "a\\b" << QString()
+                                               << separatorNameReason();
+    QTest::newRow("project program into subdirectory") << int(NewProjectProgram) << "a/b" << QString()
+                                                       << separatorNameReason();
+    QTest::newRow("project program dot-dot") << int(NewProjectProgram) << ".." << QString()
+                                             << directoryNameReason();
+    // At most 200 bytes once the list's extension is added.
+    const QString n196(196, QLatin1Char('n'));
+    QTest::newRow("program of 200 bytes") << int(NewProgram) << n196 + "n" << n196 + "n.zu" << QString();
+    QTest::newRow("program of 201 bytes") << int(NewProgram) << n196 + "nn" << QString() << tooLongNameReason();
+    QTest::newRow("project of 200 bytes") << int(NewProject) << n196 << n196 + ".zup" << QString();
+    QTest::newRow("project of 201 bytes") << int(NewProject) << n196 + "n" << QString() << tooLongNameReason();
+}
+
+// The program list, the project list and the current project's list each
+// check a name the user types in place, with the extension of their files.
+void TestProgramList::everyListRefusesBadNamesCountingItsExtension()
+{
+    QFETCH(int, entry);
+    QFETCH(QString, name);
+    QFETCH(QString, createdFile);
+    QFETCH(QString, reason);
+
+    OddNameScene scene;
+    QVERIFY(openWindowInOddNameScene(scene, { { QStringLiteral("a.zu"), QByteArray("text of a\n") },
+                                              { QStringLiteral("p.zup"), QByteArray("a.zu\n") } }));
+    name.replace(QLatin1String(rootToken), scene.root);
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
+
+    BoxAnswerer answerer(QMessageBox::Ok);
+    switch (entry) {
+    case NewProgram:
+        nameInPlace(programs, "newProgButton", name);
+        break;
+    case NewProject:
+        clickTab(selector, 1);
+        nameInPlace(projects, "newprjButton", name);
+        break;
+    case RenameProject:
+        clickTab(selector, 1);
+        clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+        nameInPlace(projects, "renamePrjButton", name);
+        break;
+    case NewProjectProgram:
+        clickRow(projectPrograms, 0);
+        nameInPlace(projectPrograms, "newProgPrjButton", name);
+        break;
+    }
+    deliverPending();
+
+    checkNameBox(answerer, name, reason);
+    QStringList progsAfter = scene.progsBefore;
+    if (!createdFile.isEmpty()) {
+        progsAfter << createdFile;
+        progsAfter.sort();
+        QCOMPARE(QFileInfo(createdFile).size(), 0);
+    }
+    QCOMPARE(entriesOf(scene.progs), progsAfter);
+    checkNothingOutside(scene);
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), QByteArray("a.zu\n"));
+    QCOMPARE(fileBytes(QStringLiteral("a.zu")), QByteArray("text of a\n"));
+    if (reason.isEmpty())
+        return;
+    // The lists show what is on disk, at once.
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    QCOMPARE(itemTexts(projects), QStringList { "p" });
+    if (entry != NewProject)
+        QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
 }
 
 // ---------------------------------------------------------------------------
@@ -752,51 +888,27 @@ void TestProgramList::renamePreselectedProgramRenamesItsFile()
 void TestProgramList::renameToOddName_data()
 {
     oddNameColumns();
-    QTest::newRow("empty") << QString() << ".zu" << false << QStringList() << false;
-    QTest::newRow("dot") << "." << "..zu" << false << QStringList() << false;
-    QTest::newRow("dot-dot") << ".." << "...zu" << false << QStringList() << false;
-    QTest::newRow("three-dots") << "..." << "....zu" << false << QStringList() << false;
-    QTest::newRow("into-subdirectory") << "a/b" << QString() << true << QStringList { "r" } << false;
-    QTest::newRow("into-parent") << "../escape" << QString() << true << QStringList { "r" } << false;
-    QTest::newRow("absolute-sandbox") << QString::fromLatin1(rootToken) + "/abs" << QString() << true
-                                      << QStringList { "r" } << false;
-    QTest::newRow("absolute-tmp") << "/tmp/x" << QString() << true << QStringList { "r" } << false;
-    QTest::newRow("300-characters") << longName() << QString() << false << QStringList { "r" } << true;
-    QTest::newRow("chinese") << "程序" << "程序.zu" << false << QStringList { "程序" } << false;
-    QTest::newRow("emoji") << "😀" << "😀.zu" << false << QStringList { "😀" } << false;
+    // Renamed to "...", the program is hidden: the list does not show it.
+    oddNameRows(QStringList { "r" }, QStringList());
 }
 
 void TestProgramList::renameToOddName()
 {
     QFETCH(QString, name);
     QFETCH(QString, createdFile);
-    QFETCH(bool, refused);
+    QFETCH(QString, reason);
     QFETCH(QStringList, expectedList);
-    QFETCH(bool, failure);
 
-    const QString root = tempDir.path();
-    name.replace(QLatin1String(rootToken), root);
-    const QString progs = root + QStringLiteral("/progs");
-    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/a")));
-    QVERIFY(QDir(root).mkpath(QStringLiteral("progs/sub")));
-    QVERIFY(QDir::setCurrent(progs));
-    QVERIFY(writeFile(QStringLiteral("r.zu"), "source"));
-    const bool tmpFileExisted = QFileInfo::exists(QStringLiteral("/tmp/x.zu"));
-    const QStringList rootBefore = entriesOf(root);
-    const QStringList progsBefore = entriesOf(progs);
-    QVERIFY(openWindow());
+    OddNameScene scene;
+    QVERIFY(openWindowInOddNameScene(scene, { { QStringLiteral("r.zu"), QByteArray("source") } }));
+    name.replace(QLatin1String(rootToken), scene.root);
 
     BoxAnswerer answerer(QMessageBox::Ok);
     clickItem(programs, itemNamed(programs, QStringLiteral("r")));
-    QTest::mouseClick(button("renameButton"), Qt::LeftButton);
-    QLineEdit *editor = nullptr;
-    QTRY_VERIFY((editor = openEditor(programs)) != nullptr);
-    QCOMPARE(editor->text(), QStringLiteral("r"));
-    replaceText(editor, name);
-    QCOMPARE(editor->text(), name);
-    COMMIT_NAME(programs, editor);
+    QCOMPARE(programs->currentItem()->text(), QStringLiteral("r"));
+    nameInPlace(programs, "renameButton", name);
 
-    if (refused || failure) {
+    if (!reason.isEmpty()) {
         // The item gets its old text back at once; nothing was renamed.
         QCOMPARE(itemTexts(programs), expectedList);
     }
@@ -804,7 +916,7 @@ void TestProgramList::renameToOddName()
     QVERIFY(!openEditor(programs));
     deliverPending();
 
-    QStringList progsAfter = progsBefore;
+    QStringList progsAfter = scene.progsBefore;
     if (!createdFile.isEmpty()) {
         progsAfter.removeOne(QStringLiteral("r.zu"));
         progsAfter << createdFile;
@@ -812,13 +924,9 @@ void TestProgramList::renameToOddName()
     }
     // The text moved with the name, or stayed where it was.
     QCOMPARE(fileBytes(createdFile.isEmpty() ? QStringLiteral("r.zu") : createdFile), QByteArray("source"));
-    QCOMPARE(entriesOf(progs), progsAfter);
-    QCOMPARE(entriesOf(root), rootBefore);
-    QCOMPARE(entriesOf(progs + QStringLiteral("/a")), QStringList());
-    QCOMPARE(entriesOf(progs + QStringLiteral("/sub")), QStringList());
-    QCOMPARE(QFileInfo::exists(QStringLiteral("/tmp/x.zu")), tmpFileExisted);
-    checkRefusalBox(answerer, failure, QStringLiteral("Ошибка переименования файла"),
-                    QStringLiteral("r.zu → ") + name + QStringLiteral(".zu"));
+    QCOMPARE(entriesOf(scene.progs), progsAfter);
+    checkNothingOutside(scene);
+    checkNameBox(answerer, name, reason);
     QCOMPARE(itemTexts(programs), expectedList);
 }
 

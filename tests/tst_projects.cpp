@@ -78,18 +78,15 @@ QString replaceOpenError(const QString &path)
 const QByteArray programCp1251("\xef\xf0\xee\xe3\xf0\xe0\xec\xec\xe0");
 const QByteArray projectCp1251("\xef\xf0\xee\xe5\xea\xf2");
 
-// What the reading rules make of a project file: carriage returns vanish
-// (text mode), reading stops at the first empty line, names are
+// What the reading rules make of a project file: CR, LF and CR LF each
+// end a line, reading stops at the first empty line, names are
 // windows-1251, and a line that ends in ".zu" loses that ending while any
 // other line is a name as it stands.
 QStringList namesByReadingRules(const QByteArray &data)
 {
-    QByteArray text;
-    text.reserve(data.size());
-    for (const char byte : data) {
-        if (byte != '\r')
-            text += byte;
-    }
+    QByteArray text = data;
+    text.replace("\r\n", "\n");
+    text.replace('\r', '\n');
     QList<QByteArray> lines = text.split('\n');
     if (text.endsWith('\n'))
         lines.removeLast();
@@ -129,7 +126,8 @@ private slots:
     void projectLineLosesOnlyItsExtension();
     void projectLineWithoutExtensionIsTakenWhole_data();
     void projectLineWithoutExtensionIsTakenWhole();
-    void crOfCrLfIsDroppedFromProjectLine();
+    void anyLineEndEndsProjectLine_data();
+    void anyLineEndEndsProjectLine();
     void binaryProjectFileIsReadByTheRules();
     void veryLongLinesAreRead();
     void tenMegabyteProjectFileOpens();
@@ -145,6 +143,9 @@ private slots:
     void movedProgramStaysSelectedForNextMove();
     void cyrillicProgramNameSurvivesProjectFile();
     void unwritableProjectFileShowsError();
+    void projectWhereNoFileCanBeMadeIsNotRewrittenInPlace();
+    void rewriteKeepsWhatFollowsTheList_data();
+    void rewriteKeepsWhatFollowsTheList();
     void failedProjectWriteKeepsOldFile_data();
     void failedProjectWriteKeepsOldFile();
     void unencodableProgramNameIsNotWrittenToProject_data();
@@ -152,6 +153,7 @@ private slots:
 
     // Opening programs
     void openAllOpensEachProgramOnceInOrder();
+    void openAllSkipsBadProgramLinesWithOneBox();
     void activatingProjectOpensItsPrograms();
     void activatingProjectProgramShowsOrOpensIt();
 
@@ -589,25 +591,36 @@ void TestProjects::checkProjectReadAs(const QByteArray &content, const QStringLi
     QVERIFY(boxes->shown.isEmpty());
 }
 
-void TestProjects::crOfCrLfIsDroppedFromProjectLine()
+void TestProjects::anyLineEndEndsProjectLine_data()
 {
-    QVERIFY(writeFile(QStringLiteral("p.zup"), "a.zu\r\nbb\r\nc.zu\r\n"));
-    QVERIFY(writeFile(QStringLiteral("q.zup"), "a.zu\r\n\r\nz.zu\r\n"));
-    QVERIFY(openWindow());
-    // With or without the extension, the name ends before the CR.
-    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "bb", "c" }));
-    // A line holding only CR LF is an empty line.
-    clickItem(projects, itemNamed(projects, QStringLiteral("q")));
-    QCOMPARE(itemTexts(projectPrograms), QStringList { "a" });
-    QVERIFY(boxes->shown.isEmpty());
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QStringList>("names");
+
+    // With or without the extension, the name ends before the line end.
+    QTest::newRow("CR LF") << QByteArray("a.zu\r\nbb\r\nc.zu\r\n") << QStringList { "a", "bb", "c" };
+    QTest::newRow("CR alone") << QByteArray("a.zu\rb.zu\r") << QStringList { "a", "b" };
+    QTest::newRow("all three") << QByteArray("a.zu\rbb\r\nc.zu\nd") << QStringList { "a", "bb", "c", "d" };
+    // A line holding only a line end is an empty line, whichever it is.
+    QTest::newRow("CR LF empty line") << QByteArray("a.zu\r\n\r\nz.zu\r\n") << QStringList { "a" };
+    QTest::newRow("CR empty line") << QByteArray("a.zu\r\rz.zu\r") << QStringList { "a" };
+    QTest::newRow("CR, then CR LF") << QByteArray("a.zu\r\r\nz.zu\n") << QStringList { "a" };
+    QTest::newRow("LF, then CR") << QByteArray("a.zu\n\rz.zu\n") << QStringList { "a" };
+}
+
+void TestProjects::anyLineEndEndsProjectLine()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QStringList, names);
+    checkProjectReadAs(content, names);
 }
 
 void TestProjects::binaryProjectFileIsReadByTheRules()
 {
     // Bytes a text editor would not write: NUL, control characters, 0xFF
-    // and the upper half of windows-1251.
-    const QByteArray crafted = QByteArray("x\0y.zu\n", 7) + QByteArray("\xff.zu\n")
-                               + QByteArray("\x01\x7f\x80\xa8.zu\n") + QByteArray("\xe0\0.zu\n", 6)
+    // and the upper half of windows-1251, in lines that end in LF, CR and
+    // CR LF.
+    const QByteArray crafted = QByteArray("x\0y.zu\n", 7) + QByteArray("\xff.zu\r")
+                               + QByteArray("\x01\x7f\x80\xa8.zu\n") + QByteArray("\xe0\0.zu\r\n", 7)
                                + QByteArray("\xff\xfe\n");
     QVERIFY(writeFile(QStringLiteral("a.zup"), crafted));
 
@@ -1044,6 +1057,115 @@ void TestProjects::unwritableProjectFileShowsError()
     QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "a.zu", "b.zu", "p.zup" }));
 }
 
+// The directory holds no temporary file, so the project file could only be
+// written in place: a write that failed half-way would leave half a
+// project. Nothing is written; the user learns why and sees the project as
+// its file holds it.
+void TestProjects::projectWhereNoFileCanBeMadeIsNotRewrittenInPlace()
+{
+    for (const char *name : { "a.zu", "b.zu" })
+        QVERIFY(writeFile(QLatin1String(name), "X\n"));
+    const QByteArray content("a.zu\nb.zu\n\nnotes\n");
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), content));
+    QVERIFY(QFile::setPermissions(QStringLiteral("p.zup"), QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                      | QFileDevice::ReadGroup | QFileDevice::WriteGroup
+                                      | QFileDevice::ReadOther | QFileDevice::WriteOther));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
+    const QStringList before = entriesOf(QStringLiteral("."));
+    boxes->snapshot = [this] { return itemTexts(projectPrograms); };
+    clickRow(projectPrograms, 0);
+
+    {
+        const SealedDirectory sealed(tempDir.path());
+        QVERIFY(sealed.isSealed());
+        const UnprivilegedScope unprivileged;
+        QVERIFY(unprivileged.isActive());
+        QVERIFY(!canMakeFileIn(tempDir.path()));
+        QVERIFY(canWriteInPlace(QStringLiteral("p.zup")));
+        QTest::mouseClick(button("downInPrjButton"), Qt::LeftButton);
+    }
+
+    QCOMPARE(boxes->shown.size(), 1);
+    QCOMPARE(boxes->shown.at(0).title, attentionTitle);
+    QCOMPARE(boxes->shown.at(0).text, projectOpenErrorText(QStringLiteral("p.zup"), systemErrorText(EACCES)));
+    QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(boxes->shown.at(0).snapshot, (QStringList { "b", "a" }));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "a", "b" }));
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    QCOMPARE(entriesOf(QStringLiteral(".")), before);
+}
+
+void TestProjects::rewriteKeepsWhatFollowsTheList_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QStringList>("programs");
+    QTest::addColumn<QByteArray>("after");
+
+    const QByteArray notes("\nnotes\r\nmore\n");
+    QTest::newRow("removed") << "remove b" << QByteArray("a.zu\nb.zu\n" + notes) << QStringList { "a" }
+                             << QByteArray("a.zu\n" + notes);
+    QTest::newRow("added") << "add c" << QByteArray("a.zu\nb.zu\n" + notes)
+                           << QStringList { "a", "b", "c" } << QByteArray("a.zu\nb.zu\nc.zu\n" + notes);
+    QTest::newRow("moved") << "move b up" << QByteArray("a.zu\nb.zu\n" + notes) << QStringList { "b", "a" }
+                           << QByteArray("b.zu\na.zu\n" + notes);
+    QTest::newRow("CR LF list") << "remove b" << QByteArray("a.zu\r\nb.zu\r\n\r\nnotes\r\n")
+                                << QStringList { "a" } << QByteArray("a.zu\n\r\nnotes\r\n");
+    QTest::newRow("CR list, bytes of any value after it")
+        << "remove b" << QByteArray("a.zu\rb.zu\r\r\0\xff\n", 14) << QStringList { "a" }
+        << QByteArray("a.zu\n\r\0\xff\n", 9);
+    QTest::newRow("nothing after the list") << "add c" << QByteArray("a.zu\nb.zu") << QStringList { "a", "b", "c" }
+                                            << QByteArray("a.zu\nb.zu\nc.zu\n");
+}
+
+// What follows the first empty line is not the window's: adding, removing
+// or moving a program rewrites the list before it and leaves the rest byte
+// for byte. Another project gets none of it.
+void TestProjects::rewriteKeepsWhatFollowsTheList()
+{
+    QFETCH(QString, change);
+    QFETCH(QByteArray, before);
+    QFETCH(QStringList, programs);
+    QFETCH(QByteArray, after);
+    for (const char *name : { "a.zu", "b.zu", "c.zu" })
+        QVERIFY(writeFile(QLatin1String(name), "X\n"));
+    QVERIFY(writeFile(QStringLiteral("p.zup"), before));
+    QVERIFY(writeFile(QStringLiteral("q.zup"), "a.zu\n"));
+    QVERIFY(openWindow());
+    QCOMPARE(projectBox->title(), QStringLiteral("p"));
+    boxes->answer = QMessageBox::Yes;
+
+    if (change == QLatin1String("remove b")) {
+        clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("b")));
+        QTest::mouseClick(button("removeProgPrjButton"), Qt::LeftButton);
+    } else if (change == QLatin1String("add c")) {
+        addProgram(QStringLiteral("c"));
+    } else {
+        clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("b")));
+        QTest::mouseClick(button("upInPrjButton"), Qt::LeftButton);
+    }
+
+    QCOMPARE(itemTexts(projectPrograms), programs);
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), after);
+
+    // Read back, the project lists the same; the other project's file
+    // gains nothing of the rest.
+    QVERIFY(settle());
+    clickItem(projects, itemNamed(projects, QStringLiteral("q")));
+    addProgram(QStringLiteral("b"));
+    QCOMPARE(fileBytes(QStringLiteral("q.zup")), QByteArray("a.zu\nb.zu\n"));
+    QVERIFY(settle());
+    clickItem(projects, itemNamed(projects, QStringLiteral("p")));
+    QCOMPARE(itemTexts(projectPrograms), programs);
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), after);
+    for (const ShownBox &box : qAsConst(boxes->shown))
+        QCOMPARE(box.icon, QMessageBox::Question);
+}
+
 void TestProjects::failedProjectWriteKeepsOldFile_data()
 {
     QTest::addColumn<int>("limit");
@@ -1154,6 +1276,46 @@ void TestProjects::openAllOpensEachProgramOnceInOrder()
     QTest::mouseClick(openAll, Qt::LeftButton);
     QCOMPARE(tabTexts(tabs), (QStringList { "b", "c", "a" }));
     QVERIFY(boxes->shown.isEmpty());
+}
+
+// A project's lines are names no one typed just now: "Open all" opens the
+// programs of the programs directory and skips, with one box, the lines
+// that would reach outside it. A bad line opened on its own is refused.
+void TestProjects::openAllSkipsBadProgramLinesWithOneBox()
+{
+    QVERIFY(enterProgramsDirBesideVictims(tempDir.path()));
+    const QString absolute = tempDir.path() + QStringLiteral("/abs/victim");
+    const QByteArray content = "../victim.zu\n" + QFile::encodeName(absolute) + ".zu\nok.zu\n";
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), content));
+    QVERIFY(writeFile(QStringLiteral("ok.zu"), "fine\n"));
+    QVERIFY(openWindow());
+    QCOMPARE(itemTexts(projectPrograms), (QStringList { "../victim", absolute, "ok" }));
+    QPushButton *openAll = button("editAllPrjButton");
+    QVERIFY(openAll->isEnabled());
+
+    QTest::mouseClick(openAll, Qt::LeftButton);
+
+    QCOMPARE(tabTexts(tabs), QStringList { "ok" });
+    QCOMPARE(editorOf(QStringLiteral("ok"))->toPlainText(), QStringLiteral("fine\n"));
+    QCOMPARE(boxes->shown.size(), 1);
+    QCOMPARE(boxes->shown.at(0).title, attentionTitle);
+    QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
+    QCOMPARE(boxes->shown.at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(boxes->shown.at(0).text, skippedNamesBoxText(2, { "../victim", absolute }));
+
+    // The bad line on its own.
+    clickItem(projectPrograms, itemNamed(projectPrograms, QStringLiteral("../victim")));
+    QVERIFY(button("editProgPrjButton")->isEnabled());
+    QTest::mouseClick(button("editProgPrjButton"), Qt::LeftButton);
+    QCOMPARE(boxes->shown.size(), 2);
+    QCOMPARE(boxes->shown.at(1).title, attentionTitle);
+    QCOMPARE(boxes->shown.at(1).text, refusedNameBoxText(QStringLiteral("../victim"), separatorNameReason()));
+    QCOMPARE(tabTexts(tabs), QStringList { "ok" });
+
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "ok.zu", "p.zup" }));
+    QCOMPARE(victimsChanged(tempDir.path()), QString());
 }
 
 void TestProjects::activatingProjectOpensItsPrograms()

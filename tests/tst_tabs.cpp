@@ -183,7 +183,7 @@ private slots:
     void reopeningProgramManyTimesLeavesNoEditorsBehind();
 
     // Lookups by name
-    void sameTitleTwiceLookupsFindFirst();
+    void programOpensInOneTabOnly();
     void namesDifferingInCaseAreDifferentTabs();
     void switchOrLoadGoesToOpensOrIgnores();
     void renamedTabSavesUnderNewName();
@@ -196,8 +196,13 @@ private slots:
     void hostMenuUnknownNameAsksAndCreatesProgram();
     void hostMenuUnknownNameCancelledCreatesNothing();
     void hostMenuProgramWrittenMeanwhileOpensUnchanged();
+    void hostMenuBadNameIsRefusedWithOneBox_data();
+    void hostMenuBadNameIsRefusedWithOneBox();
     void runReopensRememberedTabs();
+    void runOpensRememberedProgramInOneTab();
     void runGivesTabToRememberedProgramWithoutFile();
+    void runSkipsBadRememberedNamesWithOneBox_data();
+    void runSkipsBadRememberedNamesWithOneBox();
 
     // Exit and saving
     void canExitWithoutTabsAgrees();
@@ -205,6 +210,7 @@ private slots:
     void canExitDiscardingAsksEveryModifiedTab();
     void saveBeforeRunWithAutoSaveOffSavesNothing();
     void saveBeforeRunWithAutoSaveOnSavesNamedProgram();
+    void saveBeforeRunRefusesBadNameOnce();
     void saveCurrentProgSavesOnlyModifiedCurrent();
     void saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent();
 
@@ -219,6 +225,8 @@ private:
     QSyntaxHighlighter *windowHighlighter() const;
     int pagesHeld() const;
     zuporzu *askForUnknownName(const QString &name);
+    void runAsHost();
+    bool enterProgramsDirWithProgramA();
 
     QScopedPointer<QSignalSpy> variants;
 };
@@ -330,6 +338,25 @@ zuporzu *TestTabs::askForUnknownName(const QString &name)
     if (!dialog || !QTest::qWaitFor([dialog] { return QApplication::activeModalWidget() == dialog; }, 5000))
         return nullptr;
     return dialog;
+}
+
+// The host starts the window as it starts the module: run() asks for the
+// tables, which the host answers from a thread of its own, and then opens
+// the programs remembered from the last session.
+void TestTabs::runAsHost()
+{
+    HostTables tables({ "op1" }, { "t1" });
+    ThreadedTablesHost host(window, tables.operations, tables.types);
+    host.answerRequests();
+    window->run();
+    host.finish();
+}
+
+// <temp>/progs becomes the programs directory, holding program a, with
+// programs beside it that a bad name could reach.
+bool TestTabs::enterProgramsDirWithProgramA()
+{
+    return enterProgramsDirBesideVictims(tempDir.path()) && writeProgram(QStringLiteral("a"), "alpha\n");
 }
 
 // ---------------------------------------------------------------------------
@@ -796,38 +823,46 @@ void TestTabs::reopeningProgramManyTimesLeavesNoEditorsBehind()
 // ---------------------------------------------------------------------------
 // Lookups by name
 
-void TestTabs::sameTitleTwiceLookupsFindFirst()
+void TestTabs::programOpensInOneTabOnly()
 {
-    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
-    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
-    QVERIFY(makeWindow());
-    QVERIFY(showWindow());
-    QWidget *first = window->addTextTab(QStringLiteral("a"));
-    QWidget *second = window->addTextTab(QStringLiteral("a"));
-    window->addTextTab(QStringLiteral("b"));
-    QVERIFY(first != second);
-    QCOMPARE(tabTexts(tabs), (QStringList { "a", "a", "b" }));
-    QCOMPARE(window->getOpenedList(), (QStringList { "a", "a", "b" }));
+    QVERIFY(openTabsOfTwoPrograms());
+    QWidget *first = tabs->widget(0);
+    QVERIFY(editorOf(first));
+    typeInto(0, QStringLiteral("zz"));
+    tabs->setCurrentIndex(1);
+    variants->clear();
 
+    // Asked again, the program's tab comes forward as it is; no second
+    // editor reads the file.
+    QCOMPARE(window->addTextTab(QStringLiteral("a")), first);
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(tabs->currentWidget(), first);
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), 2);
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("zzalpha\n"));
+    QVERIFY(editorAt(0)->isChanged());
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant>());
+    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("a")));
+    QCOMPARE(window->getOpenedList(), (QStringList { "a", "b" }));
+
+    // Every lookup by name finds that one tab.
+    tabs->setCurrentIndex(1);
     QVERIFY(window->alreadyOpen(QStringLiteral("a")));
     QCOMPARE(tabs->currentWidget(), first);
-
-    tabs->setCurrentWidget(second);
-    variants->clear();
+    tabs->setCurrentIndex(1);
     QVERIFY(window->findOpenTab(QStringLiteral("a")));
     QCOMPARE(tabs->currentWidget(), first);
-    QCOMPARE(reported(QStringLiteral("openedtab")).last(), QVariant(QStringLiteral("a")));
-
-    tabs->setCurrentIndex(2);
+    tabs->setCurrentIndex(1);
     window->switchOrLoad(QStringLiteral("a"));
     QCOMPARE(tabs->currentWidget(), first);
-    QCOMPARE(tabs->count(), 3);
-
-    tabs->setCurrentWidget(second);
-    window->tabClose(QStringLiteral("a"));
     QCOMPARE(tabs->count(), 2);
-    QCOMPARE(tabs->widget(0), second);
-    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
+
+    // Closed by name, the program has no tab left.
+    BoxAnswerer answerer(QMessageBox::No);
+    window->tabClose(QStringLiteral("a"));
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(tabTexts(tabs), QStringList { "b" });
+    QVERIFY(!window->findOpenTab(QStringLiteral("a")));
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
 }
 
 void TestTabs::namesDifferingInCaseAreDifferentTabs()
@@ -1099,6 +1134,46 @@ void TestTabs::hostMenuProgramWrittenMeanwhileOpensUnchanged()
     QVERIFY(!editorAt(0)->isChanged());
 }
 
+void TestTabs::hostMenuBadNameIsRefusedWithOneBox_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("into parent") << QStringLiteral("../victim") << separatorNameReason();
+    QTest::newRow("absolute") << QStringLiteral("<root>/abs/victim") << separatorNameReason();
+    QTest::newRow("empty") << QString() << emptyNameReason();
+    QTest::newRow("dot-dot") << QStringLiteral("..") << directoryNameReason();
+    QTest::newRow("control character") << QStringLiteral("a\x01" "b") << controlCharacterReason();
+    QTest::newRow("NUL") << QStringLiteral("a") + QChar(0) + QStringLiteral("b") << controlCharacterReason();
+    QTest::newRow("300 characters") << QString(300, QLatin1Char('n')) << tooLongNameReason();
+}
+
+// The host's menu asks for a name that is not one file name in the programs
+// directory: one box says why, and no question, file, list item or tab
+// comes of it.
+void TestTabs::hostMenuBadNameIsRefusedWithOneBox()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    QVERIFY(enterProgramsDirWithProgramA());
+    name.replace(QLatin1String("<root>"), tempDir.path());
+    QVERIFY(makeWindow());
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    window->addProgListAndEdit(name);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, attentionTitle);
+    QCOMPARE(answerer.shown.first().icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(answerer.shown.first().text, refusedNameBoxText(name, reason));
+    QVERIFY(!window->findChild<zuporzu *>());
+    QCOMPARE(tabs->count(), 0);
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    QCOMPARE(entriesOf(), QStringList { "a.zu" });
+    QCOMPARE(reported(QStringLiteral("openedlist")), QList<QVariant>());
+    QCOMPARE(victimsChanged(tempDir.path()), QString());
+}
+
 void TestTabs::runReopensRememberedTabs()
 {
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
@@ -1109,16 +1184,11 @@ void TestTabs::runReopensRememberedTabs()
     QCOMPARE(window->storedOpenedList(), (QStringList { "b", "a" }));
     QCOMPARE(window->storedOpenedTab(), QStringLiteral("a"));
 
-    // The host answers the table request from a thread of its own.
-    HostTables tables({ "op1" }, { "t1" });
-    ThreadedTablesHost host(window, tables.operations, tables.types);
-    host.answerRequests();
     QSignalSpy requests(window, &EditWindow::tablesRequest);
     BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
     variants->clear();
 
-    window->run();
-    host.finish();
+    runAsHost();
 
     QCOMPARE(requests.count(), 1);
     QCOMPARE(tabTexts(tabs), (QStringList { "b", "a" }));
@@ -1137,19 +1207,37 @@ void TestTabs::runReopensRememberedTabs()
     QCOMPARE(completer->widget(), editorAt(1));
 }
 
+// A program remembered twice opens in one tab.
+void TestTabs::runOpensRememberedProgramInOneTab()
+{
+    QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
+    QVERIFY(writeProgram(QStringLiteral("b"), "beta\n"));
+    QVERIFY(makeWindow());
+    rememberOpenedTabs(plugin, QStringList { "a", "a", "b" }, QStringLiteral("a"));
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
+    variants->clear();
+
+    runAsHost();
+
+    QCOMPARE(tabTexts(tabs), (QStringList { "a", "b" }));
+    QCOMPARE(window->currTabName(), QStringLiteral("a"));
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), 2);
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
+    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("beta\n"));
+    QVERIFY(answerer.shown.isEmpty());
+    QCOMPARE(reported(QStringLiteral("openedlist")),
+             (QList<QVariant> { QStringList { "a" }, QStringList { "a", "b" } }));
+}
+
 void TestTabs::runGivesTabToRememberedProgramWithoutFile()
 {
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
     rememberOpenedTabs(plugin, QStringList { "gone", "a" }, QStringLiteral("gone"));
 
-    HostTables tables({ "op1" }, {});
-    ThreadedTablesHost host(window, tables.operations, tables.types);
-    host.answerRequests();
     BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
 
-    window->run();
-    host.finish();
+    runAsHost();
 
     QCOMPARE(answerer.shown.size(), 1);
     QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
@@ -1160,6 +1248,55 @@ void TestTabs::runGivesTabToRememberedProgramWithoutFile()
     QVERIFY(!editorAt(0)->isChanged());
     QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("alpha\n"));
     QVERIFY(!QFile::exists(QStringLiteral("gone.zu")));
+}
+
+void TestTabs::runSkipsBadRememberedNamesWithOneBox_data()
+{
+    QTest::addColumn<QStringList>("remembered");
+    QTest::addColumn<int>("skipped");
+    QTest::addColumn<QStringList>("shownNames");
+
+    QTest::newRow("outside the directory") << QStringList { "../victim", "a", "<root>/abs/victim" } << 2
+                                           << QStringList { "../victim", "<root>/abs/victim" };
+    QTest::newRow("empty, dots and too long")
+        << QStringList { "", ".", "a", "..", QString(300, QLatin1Char('n')) } << 4
+        << QStringList { "", ".", "..", QString(300, QLatin1Char('n')) };
+    const QString nul = QStringLiteral("nul") + QChar(0);
+    QTest::newRow("control characters") << QStringList { "tab\there", "a", nul, "line\nbreak" } << 3
+                                        << QStringList { "tab\there", nul, "line\nbreak" };
+    QStringList many;
+    for (int i = 1; i <= 25; ++i)
+        many << QStringLiteral("../victim%1").arg(i);
+    QTest::newRow("more than twenty") << (QStringList(many) << "a") << 25 << QStringList(many.mid(0, 20));
+}
+
+// The programs remembered from the last session are opened again, but a
+// name that is not one file name in the programs directory is skipped, and
+// one box names all that were.
+void TestTabs::runSkipsBadRememberedNamesWithOneBox()
+{
+    QFETCH(QStringList, remembered);
+    QFETCH(int, skipped);
+    QFETCH(QStringList, shownNames);
+    QVERIFY(enterProgramsDirWithProgramA());
+    remembered.replaceInStrings(QStringLiteral("<root>"), tempDir.path());
+    shownNames.replaceInStrings(QStringLiteral("<root>"), tempDir.path());
+    QVERIFY(makeWindow());
+    rememberOpenedTabs(plugin, remembered, QStringLiteral("a"));
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
+
+    runAsHost();
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, attentionTitle);
+    QCOMPARE(answerer.shown.first().icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(answerer.shown.first().text, skippedNamesBoxText(skipped, shownNames));
+    QCOMPARE(tabTexts(tabs), QStringList { "a" });
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), 1);
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
+    QCOMPARE(entriesOf(), QStringList { "a.zu" });
+    QCOMPARE(victimsChanged(tempDir.path()), QString());
 }
 
 // ---------------------------------------------------------------------------
@@ -1279,6 +1416,38 @@ void TestTabs::saveBeforeRunWithAutoSaveOnSavesNamedProgram()
     window->saveFileIfChanged(QStringLiteral("other"));
     QCOMPARE(programBytes(QStringLiteral("b")), QByteArray("beta\n"));
     QVERIFY(answerer.shown.isEmpty());
+}
+
+// The host asks to save what it is about to run on every run: a name that
+// is not one file name in the programs directory is refused with a box the
+// first time, and quietly after that.
+void TestTabs::saveBeforeRunRefusesBadNameOnce()
+{
+    QVERIFY(enterProgramsDirWithProgramA());
+    QVERIFY(makeWindow());
+    QVERIFY(showWindow());
+    window->addTextTab(QStringLiteral("a"));
+    typeInto(0, QStringLiteral("zz"));
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
+    const QString absolute = tempDir.path() + QStringLiteral("/abs/victim");
+
+    window->saveFileIfChanged(QStringLiteral("../victim"));
+    window->saveFileIfChanged(QStringLiteral("../victim"));
+    window->saveFileIfChanged(absolute);
+    window->saveFileIfChanged(QStringLiteral("../victim"));
+    window->saveFileIfChanged(absolute);
+
+    QCOMPARE(answerer.texts(), (QStringList { refusedNameBoxText(QStringLiteral("../victim"), separatorNameReason()),
+                                              refusedNameBoxText(absolute, separatorNameReason()) }));
+    for (const ShownBox &box : qAsConst(answerer.shown)) {
+        QCOMPARE(box.title, attentionTitle);
+        QCOMPARE(box.icon, QMessageBox::Critical);
+    }
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("alpha\n"));
+    QVERIFY(!writtenSinceCreated(QStringLiteral("a")));
+    QVERIFY(editorAt(0)->isChanged());
+    QCOMPARE(entriesOf(), QStringList { "a.zu" });
+    QCOMPARE(victimsChanged(tempDir.path()), QString());
 }
 
 void TestTabs::saveCurrentProgSavesOnlyModifiedCurrent()

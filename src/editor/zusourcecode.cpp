@@ -3,6 +3,7 @@
 #include "codepage.h"
 #include "editorwindowinterface.h"
 #include "filewrite.h"
+#include "programname.h"
 #include "linenumberarea.h"
 
 #include <QFile>
@@ -32,7 +33,11 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *e
     connect(this, &QPlainTextEdit::undoAvailable, this, &ZuSourceCode::canUndo);
     connect(this, &QPlainTextEdit::redoAvailable, this, &ZuSourceCode::canRedo);
     connect(this, &QPlainTextEdit::modificationChanged, this, &ZuSourceCode::_Changed);
-    connect(&watcher, &QFileSystemWatcher::fileChanged, this, &ZuSourceCode::fileChanged);
+    // Queued, so that the question's modal loop does not run inside Qt's
+    // dispatch of file notifications: Qt 5 goes on there to hand another
+    // watcher a notification that the modal loop has read already, and that
+    // watcher then blocks for good reading an empty queue.
+    connect(&watcher, &QFileSystemWatcher::fileChanged, this, &ZuSourceCode::fileChanged, Qt::QueuedConnection);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ZuSourceCode::newCursorPosition);
 
     updateLineNumberAreaWidth(0);
@@ -51,6 +56,7 @@ QString ZuSourceCode::takeWatchedPath()
 void ZuSourceCode::stopWatching()
 {
     takeWatchedPath();
+    closing = true;
 }
 
 void ZuSourceCode::watchAgain(const QString &path)
@@ -129,8 +135,9 @@ bool ZuSourceCode::saveFile(QString filename)
     }
 
     const QString watched = takeWatchedPath();
+    // Never in place: a write that failed half-way would leave half a
+    // program. Where no temporary file can be made, saving is refused.
     QSaveFile file(filename + QStringLiteral(".zu"));
-    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         QMessageBox::critical(window(), tr("Ошибка открытия файла "),
                               filename + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
@@ -160,6 +167,11 @@ bool ZuSourceCode::checkAndSave(QString name)
 {
     if (name == objectName())
         return saveFile(name);
+    const QString problem = nameProblem(name, ".zu");
+    if (!problem.isEmpty()) {
+        QMessageBox::critical(window(), tr("ВНИМАНИЕ!"), refusedNameText(name, problem), QMessageBox::Ok);
+        return false;
+    }
     if (QFile::exists(name + QStringLiteral(".zu"))) {
         QMessageBox::critical(this, tr("ВНИМАНИЕ"),
                               tr("Программа с таким именем уже существует.\n\n"
@@ -231,6 +243,9 @@ bool ZuSourceCode::canClose(bool asNew)
 
 void ZuSourceCode::fileChanged(QString path)
 {
+    // A notification queued before the tab closed.
+    if (closing)
+        return;
     if (idleTimer.isActive())
         return;
     QTimer::singleShot(50, this, &ZuSourceCode::dummy);

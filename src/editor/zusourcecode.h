@@ -80,6 +80,7 @@ private:
     // asked about one of them, the others only mark that the file moved on.
     bool questionOpen = false;
     bool changedDuringQuestion = false;
+    bool closing = false;
 };
 
 #endif // ZUSOURCECODE_H

@@ -7,6 +7,7 @@
 #include <QList>
 #include <QMainWindow>
 #include <QMutex>
+#include <QSet>
 #include <QStringList>
 #include <QVariant>
 #include <QWaitCondition>
@@ -177,6 +178,8 @@ private:
     void enterProgramsDir(const QString &dir);
     void fileError(const QString &title, const QString &what, const QString &why);
     bool createEmptyFile(const QString &fileName);
+    bool acceptName(const QString &name, const char *extension);
+    QStringList withoutBadNames(const QStringList &names);
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
@@ -204,6 +207,7 @@ private:
     QCompleter *completer = nullptr;
 
     QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory
+    QSet<QString> refusedHostNames; // bad names the host asked about, refused once
 
     bool autoComplete = true;
     bool autoSaveOnExec = true;

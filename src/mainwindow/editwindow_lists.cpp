@@ -4,6 +4,7 @@
 #include "ui_editwindow.h"
 
 #include "progdelete.h"
+#include "programname.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -207,13 +208,6 @@ void EditWindow::on_programsList_itemActivated(QListWidgetItem *item)
         on_editButton_clicked();
 }
 
-// A name is a file name in the programs directory; the file system would
-// take a name with a separator as a path elsewhere.
-static bool staysInDirectory(const QString &fileName)
-{
-    return !fileName.contains(QLatin1Char('/')) && !fileName.contains(QChar::Null);
-}
-
 void EditWindow::progRenamed(QListWidgetItem *item)
 {
     QListWidget *list = item->listWidget();
@@ -222,7 +216,7 @@ void EditWindow::progRenamed(QListWidgetItem *item)
     const QString name = item->text();
     const QString target = name + QLatin1String(ext);
 
-    if (!staysInDirectory(target)) {
+    if (!acceptName(name, ext)) {
         rejectName(item);
         return;
     }
@@ -270,6 +264,35 @@ void EditWindow::progRenamed(QListWidgetItem *item)
     }
 }
 
+// A name a person gave: a bad one is refused with a box that says why.
+bool EditWindow::acceptName(const QString &name, const char *extension)
+{
+    const QString problem = nameProblem(name, extension);
+    if (problem.isEmpty())
+        return true;
+    QMessageBox::critical(this, tr("ВНИМАНИЕ!"), refusedNameText(name, problem), QMessageBox::Ok);
+    return false;
+}
+
+// Names no person typed just now (remembered ones, a project's lines): the
+// bad ones are skipped, and one box names them.
+QStringList EditWindow::withoutBadNames(const QStringList &names)
+{
+    QStringList good;
+    QStringList bad;
+    for (const QString &name : names)
+        (nameProblem(name, programExtension).isEmpty() ? good : bad) << name;
+    if (!bad.isEmpty()) {
+        const int shown = 20;
+        QString text = tr("Недопустимые имена программ пропущены (%1):\n").arg(bad.size())
+            + bad.mid(0, shown).join(QLatin1Char('\n'));
+        if (bad.size() > shown)
+            text += tr("\nи ещё %1").arg(bad.size() - shown);
+        QMessageBox::critical(this, tr("ВНИМАНИЕ!"), text, QMessageBox::Ok);
+    }
+    return good;
+}
+
 void EditWindow::fileError(const QString &title, const QString &what, const QString &why)
 {
     QMessageBox::critical(this, title, what + QLatin1Char('\n') + why, QMessageBox::Ok);
@@ -295,6 +318,9 @@ void EditWindow::rejectName(QListWidgetItem *item)
     if (newItemMode) {
         newItemMode = false;
         delete list->takeItem(list->row(item));
+        // The blocked signals would have shown the project now current.
+        if (list == ui->projectsList)
+            curProjChanged(list->currentRow());
     } else {
         item->setText(curProgName);
     }

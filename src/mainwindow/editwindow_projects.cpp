@@ -5,14 +5,13 @@
 
 #include "codepage.h"
 #include "filewrite.h"
+#include "projectfile.h"
 #include "zusourcecode.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QSaveFile>
-#include <QTextCodec>
-#include <QTextStream>
 
 void EditWindow::projectFileError(const QFileDevice &file)
 {
@@ -20,14 +19,6 @@ void EditWindow::projectFileError(const QFileDevice &file)
                           tr("Ошибка при открытии файла проекта!") + QLatin1Char('\n') + file.fileName()
                               + QLatin1Char('\n') + file.errorString(),
                           QMessageBox::Ok);
-}
-
-// A line names a program with ".zu" after it; a hand-written line without
-// the extension is the name as it stands.
-static QString programOfLine(const QString &line)
-{
-    static const QString extension = QStringLiteral(".zu");
-    return line.endsWith(extension) ? line.chopped(extension.size()) : line;
 }
 
 void EditWindow::OpenPrj(bool skip)
@@ -38,34 +29,27 @@ void EditWindow::OpenPrj(bool skip)
     ui->currentProjectList->clear();
 
     QFile file(project->text() + QStringLiteral(".zup"));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         projectFileError(file);
         return;
     }
-    QTextStream in(&file);
-    in.setCodec(windows1251());
-    in.setAutoDetectUnicode(false);
-    QStringList names;
-    while (!in.atEnd()) {
-        // readLine() drops the CR of a CR LF line end.
-        const QString line = in.readLine();
-        if (line.isEmpty())
-            break;
-        names << programOfLine(line);
-    }
-    ui->currentProjectList->addItems(names);
+    ui->currentProjectList->addItems(ProjectFile::fromBytes(file.readAll()).programs);
     ui->currentProjectList->setCurrentItem(nullptr);
     enableProgProj();
 }
 
 // The new file replaces the project only once it is complete; a name the
 // code page cannot hold would come back as another name, so nothing is
-// written then.
+// written then. What the project's file holds after its list stays there,
+// as the file holds it now.
 bool EditWindow::writeProject(const QString &project, const QStringList &programs)
 {
-    QString text;
-    for (const QString &program : programs)
-        text += program + QStringLiteral(".zu\n");
+    ProjectFile contents;
+    QFile old(project + QStringLiteral(".zup"));
+    if (old.open(QIODevice::ReadOnly))
+        contents = ProjectFile::fromBytes(old.readAll());
+    contents.programs = programs;
+    const QString text = contents.listText();
     const int bad = firstUnencodable(text);
     if (bad >= 0) {
         QMessageBox::critical(this, tr("Ошибка записи файла"),
@@ -76,12 +60,11 @@ bool EditWindow::writeProject(const QString &project, const QStringList &program
     }
 
     QSaveFile file(project + QStringLiteral(".zup"));
-    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         projectFileError(file);
         return false;
     }
-    if (writeAndCommit(file, windows1251()->fromUnicode(text)))
+    if (writeAndCommit(file, contents.toBytes()))
         return true;
     QMessageBox::critical(this, tr("Ошибка записи файла"),
                           file.fileName() + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
@@ -257,8 +240,7 @@ void EditWindow::on_downInPrjButton_clicked()
 
 void EditWindow::on_editAllPrjButton_clicked()
 {
-    for (int row = 0; row < ui->currentProjectList->count(); ++row) {
-        const QString name = ui->currentProjectList->item(row)->text();
+    for (const QString &name : withoutBadNames(listTexts(ui->currentProjectList))) {
         if (!alreadyOpen(name))
             addTextTab(name);
     }
@@ -285,6 +267,8 @@ void EditWindow::on_renamePrjButton_clicked()
 // are left as they are.
 void EditWindow::zupselected(bool project, QString name)
 {
+    if (project && !acceptName(name, ".zup"))
+        return;
     if (project) {
         if (!QFile::exists(name + QStringLiteral(".zup")))
             writeProject(name, { name });

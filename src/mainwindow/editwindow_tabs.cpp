@@ -3,6 +3,7 @@
 #include "editwindow.h"
 #include "ui_editwindow.h"
 
+#include "programname.h"
 #include "syntaxer.h"
 #include "zuporzu.h"
 #include "zusourcecode.h"
@@ -26,6 +27,12 @@ ZuSourceCode *EditWindow::currentEditor() const
 
 QWidget *EditWindow::addTextTab(QString name)
 {
+    // A program is open in one tab at most: two would edit one file, and
+    // the last save would win.
+    if (findOpenTab(name))
+        return ui->tabWidget->currentWidget();
+    if (!acceptName(name, ".zu"))
+        return nullptr;
     // The page is the tab widget's from the start: the editor loads its
     // file as it is made, and a box about that opens over this window.
     auto *page = new QWidget(ui->tabWidget);
@@ -81,7 +88,7 @@ bool EditWindow::alreadyOpen(QString name)
 
 void EditWindow::openProgsList(QStringList names)
 {
-    for (const QString &name : names)
+    for (const QString &name : withoutBadNames(names))
         addTextTab(name);
 }
 
@@ -198,6 +205,8 @@ void EditWindow::switchOrLoad(QString name)
 // file yet becomes one after the user says which.
 void EditWindow::addProgListAndEdit(QString name)
 {
+    if (!acceptName(name, ".zu"))
+        return;
     setVisible(true);
     activateWindow();
     newItemInList(ui->programsList, name);
@@ -219,6 +228,14 @@ void EditWindow::saveFileIfChanged(QString name)
 {
     if (!autoSaveOnExec)
         return;
+    // The host asks on every run: a bad name is refused once.
+    if (!nameProblem(name, ".zu").isEmpty()) {
+        if (!refusedHostNames.contains(name)) {
+            refusedHostNames.insert(name);
+            acceptName(name, ".zu");
+        }
+        return;
+    }
     if (selectProjByName(name))
         saveEntireProject();
     else if (findOpenTab(name))
