@@ -554,6 +554,20 @@ void checkNothingOutside(const OddNameScene &scene)
 // Makes <temp>/progs the programs directory, with the files given and the
 // subdirectories "a" and "sub" (so that "a/b" would succeed if it were
 // taken as a path), notes what is where, and opens the window there.
+// The programs directory holds what it held and, when a name was taken,
+// the empty file made for it; nothing changed outside.
+void checkOnlyCreated(const OddNameScene &scene, const QString &createdFile)
+{
+    QStringList progsAfter = scene.progsBefore;
+    if (!createdFile.isEmpty()) {
+        progsAfter << createdFile;
+        progsAfter.sort();
+        QCOMPARE(QFileInfo(createdFile).size(), 0);
+    }
+    QCOMPARE(entriesOf(scene.progs), progsAfter);
+    checkNothingOutside(scene);
+}
+
 bool TestProgramList::openWindowInOddNameScene(OddNameScene &scene, const QMap<QString, QByteArray> &files)
 {
     scene.root = tempDir.path();
@@ -641,14 +655,7 @@ void TestProgramList::newProgramWithOddName()
     QVERIFY(!openEditor(programs));
     deliverPending();
 
-    QStringList progsAfter = scene.progsBefore;
-    if (!createdFile.isEmpty()) {
-        progsAfter << createdFile;
-        progsAfter.sort();
-        QCOMPARE(QFileInfo(createdFile).size(), 0);
-    }
-    QCOMPARE(entriesOf(scene.progs), progsAfter);
-    checkNothingOutside(scene);
+    checkOnlyCreated(scene, createdFile);
     checkNameBox(answerer, name, reason);
     QCOMPARE(itemTexts(programs), expectedList);
 }
@@ -719,14 +726,7 @@ void TestProgramList::everyListRefusesBadNamesCountingItsExtension()
     deliverPending();
 
     checkNameBox(answerer, name, reason);
-    QStringList progsAfter = scene.progsBefore;
-    if (!createdFile.isEmpty()) {
-        progsAfter << createdFile;
-        progsAfter.sort();
-        QCOMPARE(QFileInfo(createdFile).size(), 0);
-    }
-    QCOMPARE(entriesOf(scene.progs), progsAfter);
-    checkNothingOutside(scene);
+    checkOnlyCreated(scene, createdFile);
     QCOMPARE(fileBytes(QStringLiteral("p.zup")), QByteArray("a.zu\n"));
     QCOMPARE(fileBytes(QStringLiteral("a.zu")), QByteArray("text of a\n"));
     if (reason.isEmpty())
