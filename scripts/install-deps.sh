@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the editor, its development host and its
-# tests need; does nothing when they are all present.
+# tests need, and the further packages named as arguments (the build
+# scripts' own tools); does nothing when they are all present.
 set -euo pipefail
 
-packages=(cmake g++ make qtbase5-dev qtbase5-dev-tools fonts-dejavu-core)
+packages=(cmake g++ make qtbase5-dev qtbase5-dev-tools fonts-dejavu-core "$@")
 
 missing=()
 for package in "${packages[@]}"; do
