@@ -101,10 +101,11 @@ enable_i386() {
 
 # Everything in the chroot is installed under emulation, so every saving
 # counts: dpkg need not sync each file it writes (a broken root is simply
-# made again), and apt need not fetch the descriptions' translations.
-speed_up_packages() {
+# made again), and apt need not fetch the descriptions' translations. The
+# chroot has no /dev/pts for apt to give dpkg a terminal on.
+configure_packages() {
     echo force-unsafe-io > "$root/etc/dpkg/dpkg.cfg.d/zu-unsafe-io"
-    echo 'Acquire::Languages "none";' > "$root/etc/apt/apt.conf.d/99zu-no-translations"
+    printf '%s\n' 'Acquire::Languages "none";' 'Dpkg::Use-Pty "false";' > "$root/etc/apt/apt.conf.d/99zu"
 }
 
 # debootstrap removes its own /debootstrap directory once the second stage
@@ -123,7 +124,7 @@ make_root() {
         debootstrap --foreign --arch=i386 --variant=minbase "$suite" "$root" "$mirror"
     fi
     enable_i386
-    speed_up_packages
+    configure_packages
     if $fresh; then linux32 chroot "$root" /debootstrap/debootstrap --second-stage; fi
 }
 
