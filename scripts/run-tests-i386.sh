@@ -49,6 +49,12 @@ in_root() {
         LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
 }
 
+# One run at a time on a chroot: runs share its build directory, its apt and
+# its /proc mount.
+mkdir -p "$(dirname "$root")"
+exec 9> "$root.lock"
+flock -n 9 || { echo "waiting for another run on $root"; flock 9; }
+
 unmount_proc() {
     if mountpoint -q "$root/proc"; then umount "$root/proc"; fi
 }
