@@ -9,13 +9,19 @@ QTextCodec *windows1251()
     return codec;
 }
 
+bool toWindows1251(const QString &text, QByteArray *bytes)
+{
+    QTextCodec::ConverterState state;
+    *bytes = windows1251()->fromUnicode(text.constData(), text.size(), &state);
+    return state.invalidChars == 0;
+}
+
 int firstUnencodable(const QString &text)
 {
     // One conversion answers for the common case; only a text that does not
     // convert is searched character by character.
-    QTextCodec::ConverterState state;
-    windows1251()->fromUnicode(text.constData(), text.size(), &state);
-    if (state.invalidChars == 0)
+    QByteArray bytes;
+    if (toWindows1251(text, &bytes))
         return -1;
     for (int i = 0; i < text.size(); ++i) {
         // Half a surrogate pair passes canEncode() on its own.

@@ -123,9 +123,8 @@ QString ZuSourceCode::textForFile() const
 bool ZuSourceCode::saveFile(QString filename)
 {
     const QString text = textForFile();
-    QTextCodec::ConverterState state;
-    const QByteArray bytes = windows1251()->fromUnicode(text.constData(), text.size(), &state);
-    if (state.invalidChars > 0) {
+    QByteArray bytes;
+    if (!toWindows1251(text, &bytes)) {
         QMessageBox::critical(window(), tr("Ошибка записи файла"),
                               filename + QLatin1Char('\n')
                                   + unencodableMessage(text, firstUnencodable(text))

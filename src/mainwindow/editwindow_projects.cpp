@@ -50,10 +50,10 @@ bool EditWindow::writeProject(const QString &project, const QStringList &program
         contents = ProjectFile::fromBytes(old.readAll());
     contents.programs = programs;
     const QString text = contents.listText();
-    const int bad = firstUnencodable(text);
-    if (bad >= 0) {
+    QByteArray list;
+    if (!toWindows1251(text, &list)) {
         QMessageBox::critical(this, tr("Ошибка записи файла"),
-                              project + QStringLiteral(".zup\n") + unencodableMessage(text, bad)
+                              project + QStringLiteral(".zup\n") + unencodableMessage(text, firstUnencodable(text))
                                   + tr("\nПроект не сохранён."),
                               QMessageBox::Ok);
         return false;
@@ -64,7 +64,7 @@ bool EditWindow::writeProject(const QString &project, const QStringList &program
         projectFileError(file);
         return false;
     }
-    if (writeAndCommit(file, contents.toBytes()))
+    if (writeAndCommit(file, list + contents.rest))
         return true;
     QMessageBox::critical(this, tr("Ошибка записи файла"),
                           file.fileName() + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
