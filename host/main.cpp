@@ -90,6 +90,11 @@ int main(int argc, char *argv[])
     const QString vocabularyPath = absolutePath(vocabularyOption);
 
     SettingsStore store(absolutePath(settingsOption));
+    // Found now rather than when the settings are written at exit.
+    if (!store.lockable()) {
+        qWarning("zuhost: cannot keep the settings: %s", qPrintable(store.errorString()));
+        return 1;
+    }
     PluginHost host(&store);
     if (!loadVocabulary(host.vocabulary(), vocabularyPath, parser.isSet(vocabularyOption)))
         return 1;

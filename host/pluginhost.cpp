@@ -112,7 +112,7 @@ void PluginHost::finish(int exitCode)
     if (!stopped)
         qWarning("zuhost: the plug-in did not confirm its stop");
     if (!m_store->sync()) {
-        qWarning("zuhost: cannot write settings to %s", qPrintable(m_store->fileName()));
+        qWarning("zuhost: cannot write the settings: %s", qPrintable(m_store->errorString()));
         exitCode = 1;
     }
     QCoreApplication::exit(exitCode);

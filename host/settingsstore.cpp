@@ -1,5 +1,7 @@
 #include "settingsstore.h"
 
+#include <QLockFile>
+
 namespace {
 
 const char keysKey[] = "keys";
@@ -19,81 +21,109 @@ QVariant intOrIntList(const QVariant &stored)
 
 } // namespace
 
+// Descriptions and help texts are Russian: the file keeps them readable as
+// UTF-8.
 SettingsStore::SettingsStore(const QString &fileName)
-    : m_settings(fileName, QSettings::IniFormat)
+    : m_fileName(fileName)
 {
-    // Descriptions and help texts are Russian: keep them readable.
-    m_settings.setIniCodec("UTF-8");
+    // Reading takes no lock.
+    QSettings settings(fileName, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    const QStringList keys = settings.value(keysKey).toStringList();
+    for (const QString &key : keys)
+        m_list << read(settings, key);
 }
 
 QString SettingsStore::fileName() const
 {
-    return m_settings.fileName();
+    return m_fileName;
 }
 
 SettingsList SettingsStore::list() const
 {
-    SettingsList list;
-    const QStringList keys = this->keys();
-    for (const QString &key : keys)
-        list << read(key);
-    return list;
+    return m_list;
 }
 
 void SettingsStore::setList(const SettingsList &list)
 {
-    m_settings.clear();
-    QStringList keys;
-    for (const SettingElement &element : list) {
-        keys << element.key;
-        write(element);
-    }
-    m_settings.setValue(keysKey, keys);
+    m_list = list;
 }
 
 void SettingsStore::setValue(const QString &key, const QVariant &value)
 {
-    QStringList keys = this->keys();
-    if (keys.contains(key)) {
-        m_settings.setValue(key + QLatin1String("/value"), value);
-        return;
+    for (SettingElement &element : m_list) {
+        if (element.key == key) {
+            element.value = value;
+            return;
+        }
     }
     SettingElement element;
     element.key = key;
     element.value = value;
     element.type = value.type();
-    write(element);
-    m_settings.setValue(keysKey, keys << key);
+    m_list << element;
+}
+
+void SettingsStore::setLockTimeout(int milliseconds)
+{
+    m_lockTimeout = milliseconds;
+}
+
+// Taken and given back at once: QSettings takes it again to write, and
+// would wait for ever on a lock held by this process.
+bool SettingsStore::lockable()
+{
+    const QString lockName = m_fileName + QLatin1String(".lock");
+    QLockFile lock(lockName);
+    if (lock.tryLock(m_lockTimeout))
+        return true;
+    m_error = QStringLiteral("the lock %1 was not taken within %2 ms")
+                      .arg(lockName).arg(m_lockTimeout);
+    return false;
 }
 
 bool SettingsStore::sync()
 {
-    m_settings.sync();
-    return m_settings.status() == QSettings::NoError;
+    if (!lockable())
+        return false;
+    QSettings settings(m_fileName, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    settings.clear();
+    QStringList keys;
+    for (const SettingElement &element : qAsConst(m_list)) {
+        keys << element.key;
+        write(settings, element);
+    }
+    settings.setValue(keysKey, keys);
+    settings.sync();
+    if (settings.status() == QSettings::NoError)
+        return true;
+    m_error = QStringLiteral("%1 cannot be written").arg(m_fileName);
+    return false;
 }
 
-QStringList SettingsStore::keys() const
+QString SettingsStore::errorString() const
 {
-    return m_settings.value(keysKey).toStringList();
+    return m_error;
 }
 
-void SettingsStore::write(const SettingElement &element)
+void SettingsStore::write(QSettings &settings, const SettingElement &element)
 {
-    m_settings.beginGroup(element.key);
-    m_settings.setValue("type", int(element.type));
-    m_settings.setValue("value", element.value);
-    m_settings.setValue("description", element.description);
-    m_settings.setValue("range", element.range);
-    m_settings.setValue("step", element.step);
-    m_settings.setValue("help", element.help);
-    m_settings.setValue("extra", element.extra);
-    m_settings.endGroup();
+    settings.beginGroup(element.key);
+    settings.setValue("type", int(element.type));
+    settings.setValue("value", element.value);
+    settings.setValue("description", element.description);
+    settings.setValue("range", element.range);
+    settings.setValue("step", element.step);
+    settings.setValue("help", element.help);
+    settings.setValue("extra", element.extra);
+    settings.endGroup();
 }
 
-SettingElement SettingsStore::read(const QString &key) const
+SettingElement SettingsStore::read(const QSettings &settings, const QString &key)
 {
     const auto field = [&](const char *name) {
-        return m_settings.value(key + QLatin1Char('/') + QLatin1String(name));
+        return settings.value(key + QLatin1Char('/') + QLatin1String(name));
     };
     SettingElement element;
     element.key = key;

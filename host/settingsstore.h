@@ -8,6 +8,11 @@
 // Keeps a plug-in's settings in an INI file, one group per key. Each group
 // records the declared type beside the value, since INI text alone does not
 // give a list of one string or an empty list back as a list.
+//
+// The settings live in memory and the file is written whole by sync(). The
+// file's lock is tried first, for a limited time: QSettings would wait for
+// it for ever, and a lock that cannot be taken (left by a live process, or
+// a directory in its place) would hang the host at exit.
 class SettingsStore
 {
 public:
@@ -23,15 +28,22 @@ public:
     // value's own type.
     void setValue(const QString &key, const QVariant &value);
 
-    // Writes pending changes; false if the file could not be written.
+    // How long sync() and lockable() try to take the file's lock.
+    void setLockTimeout(int milliseconds);
+    // Whether the file's lock can be taken; errorString() says why not.
+    bool lockable();
+    // Writes the settings; false, with errorString(), if they could not be.
     bool sync();
+    QString errorString() const;
 
 private:
-    QStringList keys() const;
-    void write(const SettingElement &element);
-    SettingElement read(const QString &key) const;
+    static void write(QSettings &settings, const SettingElement &element);
+    static SettingElement read(const QSettings &settings, const QString &key);
 
-    QSettings m_settings;
+    QString m_fileName;
+    SettingsList m_list;
+    int m_lockTimeout = 5000;
+    QString m_error;
 };
 
 #endif // SETTINGSSTORE_H

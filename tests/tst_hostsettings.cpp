@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QDir>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -128,6 +129,9 @@ private slots:
 
     void okAppliesAndStoresSettings();
     void cancelChangesNothing();
+
+    void storeWritesOnlyOnSync();
+    void storeSyncGivesUpOnUntakableLock();
 
 private:
     // Calls `answer` on the settings dialog once it is the active modal
@@ -299,6 +303,59 @@ void TestHostSettings::cancelChangesNothing()
     QVERIFY(!QApplication::activeModalWidget());
     QCOMPARE(console->document()->maximumBlockCount(), 100);
     QCOMPARE(storedValue(running.store, QStringLiteral("maxLines")), QVariant(100));
+}
+
+void TestHostSettings::storeWritesOnlyOnSync()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString fileName = dir.filePath(QStringLiteral("store.ini"));
+    {
+        SettingsStore store(fileName);
+        store.setList(pluginLikeSettings());
+        store.setValue(QStringLiteral("maxLines"), 250);
+        store.setValue(QStringLiteral("extraKey"), QStringList {QStringLiteral("one")});
+    }
+    QVERIFY(!QFile::exists(fileName));
+
+    SettingsStore store(fileName);
+    store.setList(pluginLikeSettings());
+    store.setValue(QStringLiteral("maxLines"), 250);
+    store.setValue(QStringLiteral("extraKey"), QStringList {QStringLiteral("one")});
+    QVERIFY2(store.sync(), qPrintable(store.errorString()));
+
+    const SettingsStore reread(fileName);
+    const SettingsList list = reread.list();
+    QCOMPARE(list.size(), pluginLikeSettings().size() + 1);
+    QCOMPARE(storedValue(reread, QStringLiteral("maxLines")), QVariant(250));
+    // A list of one string comes back as a list, with its declared help text.
+    QCOMPARE(storedValue(reread, QStringLiteral("extraKey")),
+             QVariant(QStringList {QStringLiteral("one")}));
+    const int compiler = indexOfKey(list, QStringLiteral("compiler"));
+    QVERIFY(compiler >= 0);
+    QCOMPARE(list.at(compiler).help, compilerHelp);
+}
+
+// QSettings waits for ever on a lock it cannot take; the store gives up.
+void TestHostSettings::storeSyncGivesUpOnUntakableLock()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString fileName = dir.filePath(QStringLiteral("locked.ini"));
+    QVERIFY(QDir().mkdir(fileName + QStringLiteral(".lock")));
+
+    SettingsStore store(fileName);
+    store.setLockTimeout(200);
+    store.setValue(QStringLiteral("maxLines"), 250);
+    QVERIFY(!store.lockable());
+    QVERIFY(!store.sync());
+    QVERIFY2(store.errorString().contains(QStringLiteral("locked.ini.lock was not taken within 200 ms")),
+             qPrintable(store.errorString()));
+    QVERIFY(!QFile::exists(fileName));
+
+    QVERIFY(QDir().rmdir(fileName + QStringLiteral(".lock")));
+    QVERIFY2(store.sync(), qPrintable(store.errorString()));
+    QCOMPARE(storedValue(SettingsStore(fileName), QStringLiteral("maxLines")), QVariant(250));
 }
 
 void TestHostSettings::answerSettingsDialog(const std::function<void(SettingsDialog *)> &answer)

@@ -16,6 +16,7 @@ private slots:
     void initTestCase();
     void runKeepsSettings();
     void settingsSurviveRestart();
+    void untakableSettingsLockExitsWithError();
     void refusesWhatIsNotAPlugin_data();
     void refusesWhatIsNotAPlugin();
     void dirWinsOverStoredProgramsDir();
@@ -161,6 +162,23 @@ void TestZuHost::settingsSurviveRestart()
     QCOMPARE(settings.value(QStringLiteral("keys")).toStringList(), keys);
     QCOMPARE(settings.value(QStringLiteral("maxLines/value")).toInt(), 200);
     QCOMPARE(settings.value(QStringLiteral("maxLines/step")).toInt(), 10);
+}
+
+// A directory where the lock file goes can never be taken as a lock.
+void TestZuHost::untakableSettingsLockExitsWithError()
+{
+    QTemporaryDir programs;
+    QVERIFY(programs.isValid());
+    const QString settingsFile = m_dir.filePath(QStringLiteral("locked.ini"));
+    QVERIFY(QDir().mkdir(settingsFile + QStringLiteral(".lock")));
+
+    const Run run = runHost(hostArguments(settingsFile, programs.path())
+                            << QStringLiteral("--quit-after") << QStringLiteral("0"));
+    QVERIFY2(run.finished, "zuhost waited for the settings lock");
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.errors.contains("locked.ini.lock was not taken within 5000 ms"),
+             run.errors.constData());
+    QVERIFY(!QFile::exists(settingsFile));
 }
 
 void TestZuHost::refusesWhatIsNotAPlugin_data()
