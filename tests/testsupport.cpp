@@ -241,13 +241,23 @@ QString refusedNameBoxText(const QString &name, const QString &reason)
     return u("Недопустимое имя «") + name + u("».\n") + reason;
 }
 
+static QString countedListText(const QString &heading, int count, const QStringList &shown)
+{
+    QString text = heading + QStringLiteral(" (") + QString::number(count) + u("):\n")
+                   + shown.join(QLatin1Char('\n'));
+    if (count > shown.size())
+        text += u("\nи ещё ") + QString::number(count - shown.size());
+    return text;
+}
+
 QString skippedNamesBoxText(int count, const QStringList &shownNames)
 {
-    QString text = u("Недопустимые имена программ пропущены (") + QString::number(count) + u("):\n")
-                   + shownNames.join(QLatin1Char('\n'));
-    if (count > shownNames.size())
-        text += u("\nи ещё ") + QString::number(count - shownNames.size());
-    return text;
+    return countedListText(u("Недопустимые имена программ пропущены"), count, shownNames);
+}
+
+QString unreadProgramsBoxText(int count, const QStringList &shownLines)
+{
+    return countedListText(u("Не удалось прочитать программы"), count, shownLines);
 }
 
 // ---------------------------------------------------------------------------

@@ -144,6 +144,9 @@ QString refusedNameBoxText(const QString &name, const QString &reason);
 // names that were skipped: how many, the names shown, one a line, then how
 // many were not shown.
 QString skippedNamesBoxText(int count, const QStringList &shownNames);
+// The same for the programs whose files could not be read, each line
+// "NAME: WHY".
+QString unreadProgramsBoxText(int count, const QStringList &shownLines);
 
 // ---------------------------------------------------------------------------
 // Widgets

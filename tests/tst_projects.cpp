@@ -154,6 +154,7 @@ private slots:
     // Opening programs
     void openAllOpensEachProgramOnceInOrder();
     void openAllSkipsBadProgramLinesWithOneBox();
+    void openAllNamesMissingProgramsInOneBox();
     void activatingProjectOpensItsPrograms();
     void activatingProjectProgramShowsOrOpensIt();
 
@@ -1276,6 +1277,38 @@ void TestProjects::openAllOpensEachProgramOnceInOrder()
     QTest::mouseClick(openAll, Qt::LeftButton);
     QCOMPARE(tabTexts(tabs), (QStringList { "b", "c", "a" }));
     QVERIFY(boxes->shown.isEmpty());
+}
+
+// However many listed programs have no file, "Open all" raises one box: it
+// names the bad lines and the first twenty programs it could not read, and
+// counts the rest. Only the programs it could read get tabs.
+void TestProjects::openAllNamesMissingProgramsInOneBox()
+{
+    QByteArray content = "ok.zu\n../victim.zu\n";
+    QStringList missing;
+    for (int i = 1; i <= 25; ++i) {
+        missing << QStringLiteral("gone%1").arg(i);
+        content += missing.last().toLatin1() + ".zu\n";
+    }
+    QVERIFY(writeAgedFile(QStringLiteral("p.zup"), content));
+    QVERIFY(writeFile(QStringLiteral("ok.zu"), "fine\n"));
+    QVERIFY(openWindow());
+
+    QTest::mouseClick(button("editAllPrjButton"), Qt::LeftButton);
+
+    QCOMPARE(boxes->shown.size(), 1);
+    QCOMPARE(boxes->shown.at(0).title, attentionTitle);
+    QCOMPARE(boxes->shown.at(0).icon, QMessageBox::Critical);
+    QStringList shownLines;
+    for (const QString &name : missing.mid(0, 20))
+        shownLines << name + QStringLiteral(": No such file or directory");
+    QCOMPARE(boxes->shown.at(0).text, skippedNamesBoxText(1, { "../victim" }) + QStringLiteral("\n\n")
+                                          + unreadProgramsBoxText(25, shownLines));
+    QCOMPARE(tabTexts(tabs), QStringList { "ok" });
+    QCOMPARE(window->findChildren<ZuSourceCode *>().size(), 1);
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), content);
+    QCOMPARE(entriesOf(QStringLiteral(".")), (QStringList { "ok.zu", "p.zup" }));
+
 }
 
 // A project's lines are names no one typed just now: "Open all" opens the

@@ -200,9 +200,10 @@ private slots:
     void hostMenuBadNameIsRefusedWithOneBox();
     void runReopensRememberedTabs();
     void runOpensRememberedProgramInOneTab();
-    void runGivesTabToRememberedProgramWithoutFile();
+    void runSkipsRememberedProgramWithoutFile();
     void runSkipsBadRememberedNamesWithOneBox_data();
     void runSkipsBadRememberedNamesWithOneBox();
+    void runNamesUnreadableRememberedProgramsInOneBox();
 
     // Exit and saving
     void canExitWithoutTabsAgrees();
@@ -1229,7 +1230,7 @@ void TestTabs::runOpensRememberedProgramInOneTab()
              (QList<QVariant> { QStringList { "a" }, QStringList { "a", "b" } }));
 }
 
-void TestTabs::runGivesTabToRememberedProgramWithoutFile()
+void TestTabs::runSkipsRememberedProgramWithoutFile()
 {
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
@@ -1241,13 +1242,33 @@ void TestTabs::runGivesTabToRememberedProgramWithoutFile()
 
     QCOMPARE(answerer.shown.size(), 1);
     QCOMPARE(answerer.shown.first().title, QStringLiteral("Ошибка открытия файла"));
-    QVERIFY2(answerer.shown.first().text.startsWith(QStringLiteral("gone\n")), qPrintable(answerer.shown.first().text));
-    QCOMPARE(tabTexts(tabs), (QStringList { "gone", "a" }));
-    QCOMPARE(tabs->currentIndex(), 0);
-    QCOMPARE(editorAt(0)->toPlainText(), QString());
-    QVERIFY(!editorAt(0)->isChanged());
-    QCOMPARE(editorAt(1)->toPlainText(), QStringLiteral("alpha\n"));
+    QCOMPARE(answerer.shown.first().text, QStringLiteral("gone\nNo such file or directory"));
+    QCOMPARE(tabTexts(tabs), QStringList { "a" });
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
     QVERIFY(!QFile::exists(QStringLiteral("gone.zu")));
+}
+
+// Several remembered programs without files, and a bad name: one box for
+// all of them, and tabs for the programs that are there.
+void TestTabs::runNamesUnreadableRememberedProgramsInOneBox()
+{
+    QVERIFY(enterProgramsDirWithProgramA());
+    QVERIFY(makeWindow());
+    rememberOpenedTabs(plugin, QStringList { "gone", "a", "../victim", "lost" }, QStringLiteral("a"));
+    BoxAnswerer answerer(QMessageBox::Ok, BoxAnswerer::AcceptInputs);
+
+    runAsHost();
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, attentionTitle);
+    QCOMPARE(answerer.shown.first().text,
+             skippedNamesBoxText(1, { "../victim" }) + QStringLiteral("\n\n")
+                 + unreadProgramsBoxText(2, { "gone: No such file or directory",
+                                              "lost: No such file or directory" }));
+    QCOMPARE(tabTexts(tabs), QStringList { "a" });
+    QCOMPARE(editorAt(0)->toPlainText(), QStringLiteral("alpha\n"));
+    QCOMPARE(entriesOf(), QStringList { "a.zu" });
+    QCOMPARE(victimsChanged(tempDir.path()), QString());
 }
 
 void TestTabs::runSkipsBadRememberedNamesWithOneBox_data()

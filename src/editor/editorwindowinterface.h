@@ -24,6 +24,10 @@ public:
 
     virtual QString getOperToolTip(QString name) = 0;
 
+    // The program's file could not be read into the editor: the window
+    // tells the user, in a box of its own or with others that failed.
+    virtual void loadFailed(const QString &title, const QString &name, const QString &why) = 0;
+
 protected:
     ~EditorWindowInterface() = default;
 };

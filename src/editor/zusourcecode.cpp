@@ -75,8 +75,7 @@ bool ZuSourceCode::loadFile(QString name)
 
     QFile file(name + QStringLiteral(".zu"));
     if (!file.open(QIODevice::ReadOnly)) {
-        QMessageBox::critical(window(), tr("Ошибка открытия файла"),
-                              name + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
+        editWindow->loadFailed(tr("Ошибка открытия файла"), name, file.errorString());
         watchAgain(watched);
         return false;
     }
@@ -87,8 +86,7 @@ bool ZuSourceCode::loadFile(QString name)
     in.setAutoDetectUnicode(false);
     setPlainText(in.readAll());
     if (file.error() != QFileDevice::NoError) {
-        QMessageBox::critical(window(), tr("Ошибка чтения файла"),
-                              name + QLatin1Char('\n') + file.errorString(), QMessageBox::Ok);
+        editWindow->loadFailed(tr("Ошибка чтения файла"), name, file.errorString());
         return false;
     }
     editWindow->setEditButtons(0, 0, 0, 0, 1);

@@ -92,6 +92,7 @@ public:
     bool findOpenTab(QString name);
     void openProgsList(QStringList names);
     void setEditTabName(QString name) override;
+    void loadFailed(const QString &title, const QString &name, const QString &why) override;
     QString currTabName() const;
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
@@ -179,7 +180,7 @@ private:
     void fileError(const QString &title, const QString &what, const QString &why);
     bool createEmptyFile(const QString &fileName);
     bool acceptName(const QString &name, const char *extension);
-    QStringList withoutBadNames(const QStringList &names);
+    void openPrograms(const QStringList &names);
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
@@ -208,6 +209,16 @@ private:
 
     QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory
     QSet<QString> refusedHostNames; // bad names the host asked about, refused once
+
+    // Files that could not be read while several programs opened at once.
+    struct LoadFailure
+    {
+        QString title;
+        QString name;
+        QString why;
+    };
+    bool openingSeveral = false;
+    QList<LoadFailure> loadFailures;
 
     bool autoComplete = true;
     bool autoSaveOnExec = true;

@@ -274,25 +274,6 @@ bool EditWindow::acceptName(const QString &name, const char *extension)
     return false;
 }
 
-// Names no person typed just now (remembered ones, a project's lines): the
-// bad ones are skipped, and one box names them.
-QStringList EditWindow::withoutBadNames(const QStringList &names)
-{
-    QStringList good;
-    QStringList bad;
-    for (const QString &name : names)
-        (nameProblem(name, programExtension).isEmpty() ? good : bad) << name;
-    if (!bad.isEmpty()) {
-        const int shown = 20;
-        QString text = tr("Недопустимые имена программ пропущены (%1):\n").arg(bad.size())
-            + bad.mid(0, shown).join(QLatin1Char('\n'));
-        if (bad.size() > shown)
-            text += tr("\nи ещё %1").arg(bad.size() - shown);
-        QMessageBox::critical(this, tr("ВНИМАНИЕ!"), text, QMessageBox::Ok);
-    }
-    return good;
-}
-
 void EditWindow::fileError(const QString &title, const QString &what, const QString &why)
 {
     QMessageBox::critical(this, title, what + QLatin1Char('\n') + why, QMessageBox::Ok);

@@ -240,10 +240,7 @@ void EditWindow::on_downInPrjButton_clicked()
 
 void EditWindow::on_editAllPrjButton_clicked()
 {
-    for (const QString &name : withoutBadNames(listTexts(ui->currentProjectList))) {
-        if (!alreadyOpen(name))
-            addTextTab(name);
-    }
+    openPrograms(listTexts(ui->currentProjectList));
 }
 
 void EditWindow::on_projectsList_itemActivated(QListWidgetItem *)

@@ -13,6 +13,9 @@
 
 #include <QFile>
 #include <QHBoxLayout>
+#include <QMessageBox>
+
+#include <utility>
 
 ZuSourceCode *EditWindow::editorAt(int index) const
 {
@@ -88,8 +91,72 @@ bool EditWindow::alreadyOpen(QString name)
 
 void EditWindow::openProgsList(QStringList names)
 {
-    for (const QString &name : withoutBadNames(names))
-        addTextTab(name);
+    openPrograms(names);
+}
+
+namespace {
+
+// A heading with the count, then the first lines of a list that may be
+// thousands long.
+QString boxSection(const QString &heading, const QStringList &lines)
+{
+    const int shown = 20;
+    QString text = heading.arg(lines.size()) + QLatin1Char('\n')
+                   + lines.mid(0, shown).join(QLatin1Char('\n'));
+    if (lines.size() > shown)
+        text += EditWindow::tr("\nи ещё %1").arg(lines.size() - shown);
+    return text;
+}
+
+} // namespace
+
+// Names no person typed just now (remembered ones, a project's lines) open
+// together, with one box at most, however many there are: it names the
+// bad names and the programs whose files cannot be read, and none of them
+// gets a tab.
+void EditWindow::openPrograms(const QStringList &names)
+{
+    QStringList badNames;
+    openingSeveral = true;
+    for (const QString &name : names) {
+        if (!nameProblem(name, ".zu").isEmpty()) {
+            badNames << name;
+            continue;
+        }
+        if (alreadyOpen(name))
+            continue;
+        QFile file(name + QStringLiteral(".zu"));
+        if (file.open(QIODevice::ReadOnly))
+            addTextTab(name);
+        else
+            loadFailures << LoadFailure { tr("Ошибка открытия файла"), name, file.errorString() };
+    }
+    openingSeveral = false;
+    const QList<LoadFailure> failures = std::exchange(loadFailures, {});
+
+    if (badNames.isEmpty() && failures.size() == 1) {
+        fileError(failures.first().title, failures.first().name, failures.first().why);
+        return;
+    }
+    QStringList sections;
+    if (!badNames.isEmpty())
+        sections << boxSection(tr("Недопустимые имена программ пропущены (%1):"), badNames);
+    if (!failures.isEmpty()) {
+        QStringList lines;
+        for (const LoadFailure &failure : failures)
+            lines << failure.name + QStringLiteral(": ") + failure.why;
+        sections << boxSection(tr("Не удалось прочитать программы (%1):"), lines);
+    }
+    if (!sections.isEmpty())
+        QMessageBox::critical(this, tr("ВНИМАНИЕ!"), sections.join(QStringLiteral("\n\n")), QMessageBox::Ok);
+}
+
+void EditWindow::loadFailed(const QString &title, const QString &name, const QString &why)
+{
+    if (openingSeveral)
+        loadFailures << LoadFailure { title, name, why };
+    else
+        fileError(title, name, why);
 }
 
 void EditWindow::tabChanged(int index)
