@@ -132,6 +132,8 @@ private slots:
     // Programs directory
     void newProgramsDirFromHostRefillsLists();
     void programsDirSettingRefillsLists();
+    void missingProgramsDirSettingReportedOnce();
+    void missingProgramsDirFromHostNotTaken();
     void listsFollowDiskInNewProgramsDir_data();
     void listsFollowDiskInNewProgramsDir();
 
@@ -1255,6 +1257,60 @@ void TestProgramList::programsDirSettingRefillsLists()
     QCOMPARE(window->currentProgramsDir(), other);
     QCOMPARE(itemTexts(programs), QStringList { "o1" });
     QCOMPARE(itemTexts(projects), QStringList { "op" });
+}
+
+// A programs directory that is not there is reported once, however often
+// the settings name it; the editor goes on in the directory it had.
+void TestProgramList::missingProgramsDirSettingReportedOnce()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(openWindow());
+    const QString before = QDir::currentPath();
+    const QString missing = tempDir.path() + QStringLiteral("/nowhere");
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    setProgramsDirSetting(missing);
+    setProgramsDirSetting(missing);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QCOMPARE(answerer.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
+    QCOMPARE(answerer.shown.first().icon, QMessageBox::Critical);
+    QCOMPARE(answerer.shown.first().text,
+             QStringLiteral("Каталог программ «") + missing
+                 + QStringLiteral("» не найден или недоступен.\nПрограммы остаются в каталоге «")
+                 + before + QStringLiteral("»."));
+    QCOMPARE(QDir::currentPath(), before);
+    QVERIFY(window->currentProgramsDir() != missing);
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
+    // The old directory is still watched.
+    QVERIFY(writeFile(QStringLiteral("b.zu")));
+    QTRY_COMPARE_WITH_TIMEOUT(itemTexts(programs), (QStringList { "a", "b" }), watcherTimeout);
+
+    // Once a directory was entered, the missing one is news again.
+    setProgramsDirSetting(tempDir.path());
+    setProgramsDirSetting(missing);
+    QCOMPARE(answerer.shown.size(), 2);
+}
+
+// The host's new directory is taken only if it can be entered: the host
+// hears no change of the setting otherwise.
+void TestProgramList::missingProgramsDirFromHostNotTaken()
+{
+    QVERIFY(writeFile(QStringLiteral("a.zu")));
+    QVERIFY(openWindow());
+    const QString before = QDir::currentPath();
+    const QString file = tempDir.path() + QStringLiteral("/a.zu");
+    BoxAnswerer answerer(QMessageBox::Ok);
+    QSignalSpy changes(window, &EditWindow::changeVariant);
+
+    window->newSettingsProgramsDir(QStringLiteral("hostArg"), file);
+
+    QCOMPARE(answerer.shown.size(), 1);
+    QVERIFY(answerer.shown.first().text.contains(file));
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(QDir::currentPath(), before);
+    QVERIFY(window->currentProgramsDir() != file);
+    QCOMPARE(itemTexts(programs), QStringList { "a" });
 }
 
 // The host hands the plug-in its settings with the programs directory.

@@ -176,7 +176,7 @@ private:
     void refill(QListWidget *list, const QStringList &names);
     void projectFileError(const QFileDevice &file);
     bool writeProject(const QString &project, const QStringList &programs);
-    void enterProgramsDir(const QString &dir);
+    bool enterProgramsDir(const QString &dir);
     void fileError(const QString &title, const QString &what, const QString &why);
     bool createEmptyFile(const QString &fileName);
     bool acceptName(const QString &name, const char *extension);
@@ -198,6 +198,7 @@ private:
     QString curProgName;
     QString programsDir;
     QString hostDirArg;
+    QString unenterableDir; // last reported, until a directory is entered
     SearchReplace *search = nullptr;
     QList<CursorHistoryPos> cursorHistory;
     int historyPos = -1;

@@ -87,28 +87,43 @@ void EditWindow::dirChanged(QString s)
 
 void EditWindow::setProgramsDir(const QString &dir)
 {
-    programsDir = dir;
-    enterProgramsDir(dir);
+    if (enterProgramsDir(dir))
+        programsDir = dir;
 }
 
 void EditWindow::newSettingsProgramsDir(QString hostDir, QString dir)
 {
     hostDirArg = hostDir;
+    if (!enterProgramsDir(dir))
+        return;
     programsDir = dir;
     emit changeVariant(QStringLiteral("programsDir"), QVariant(dir), false, true);
-    enterProgramsDir(dir);
 }
 
 // The watch is on a directory, not on the name ".": it must move with the
-// current directory.
-void EditWindow::enterProgramsDir(const QString &dir)
+// current directory. A directory that cannot be entered leaves everything
+// as it was; the user hears of it once, not at every exchange of settings
+// that still names it.
+bool EditWindow::enterProgramsDir(const QString &dir)
 {
-    QDir::setCurrent(dir);
+    if (!QDir::setCurrent(dir)) {
+        if (dir != unenterableDir) {
+            unenterableDir = dir;
+            QMessageBox::critical(this, tr("ВНИМАНИЕ!"),
+                                  tr("Каталог программ «%1» не найден или недоступен.\n"
+                                     "Программы остаются в каталоге «%2».")
+                                      .arg(dir, QDir::toNativeSeparators(QDir::currentPath())),
+                                  QMessageBox::Ok);
+        }
+        return false;
+    }
+    unenterableDir.clear();
     const QStringList watched = dirWatcher.directories();
     if (!watched.isEmpty())
         dirWatcher.removePaths(watched);
     dirWatcher.addPath(QDir::currentPath());
     dirChanged(QString());
+    return true;
 }
 
 void EditWindow::curProgChanged(int row)
