@@ -207,6 +207,7 @@ private slots:
     void edgeNameListsMatchReference_data();
     void edgeNameListsMatchReference();
     void editedLinesMatchReference();
+    void alternationSplittingTheWordBoundariesMatchesReference();
 
     // The shortcuts that spare running patterns
     void parsedPatternReadsItemsGroupsAndQuantifiers();
@@ -672,6 +673,16 @@ void TestHighlight::editedLinesMatchReference()
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
 }
 
+// "x)|(y" makes the rule "\b(x)|(y)\b": an x after a word boundary or a y
+// before one, also inside words.
+void TestHighlight::alternationSplittingTheWordBoundariesMatchesReference()
+{
+    const QString line = QStringLiteral("y yy xy y x");
+    const QStringList types { QStringLiteral("x)|(y") };
+    compareWithReference(line, {}, types);
+    QCOMPARE(colours(line, {}, types), QStringList { QStringLiteral("B..B.BB.B.B") });
+}
+
 // Patterns of the kinds the rules are made of, and texts made of the
 // characters they look for, so that matches are frequent.
 static QStringList shortcutPatterns()
@@ -684,7 +695,8 @@ static QStringList shortcutPatterns()
              QStringLiteral("\".*\""), QStringLiteral("\\b[{()}]\\b"), QStringLiteral("``[^\n]*"),
              QStringLiteral("\\b(\\w+)\\b"), QStringLiteral("\\b([^a]b)\\b"), QStringLiteral("\\B(x)"),
              QStringLiteral("^(a)"), QStringLiteral("(a)$"), QStringLiteral("\\b(.)\\b"),
-             QStringLiteral("\\b(ж[а-я])\\b") };
+             QStringLiteral("\\b(ж[а-я])\\b"), QStringLiteral("\\b(x)|(y)\\b"),
+             QStringLiteral("\\b()|(\\.)\\b"), QStringLiteral("\\b(x)|\\B()") };
 }
 
 static QStringList shortcutTexts()
@@ -824,6 +836,8 @@ void TestHighlight::patternStartReadsWhereMatchesBegin_data()
     QTest::newRow("empty at once") << QStringLiteral("(||)") << QStringLiteral("abc") << -1;
     QTest::newRow("class of any start") << QStringLiteral("\\b(\\w+)\\b") << QStringLiteral("  ab") << 0;
     QTest::newRow("after skipped prefix") << QStringLiteral("``[^\n]*") << QStringLiteral("a ``c") << 2;
+    QTest::newRow("inside a word in one alternative")
+        << QStringLiteral("\\b(x)|(y)\\b") << QStringLiteral("ay") << 1;
 }
 
 void TestHighlight::patternStartReadsWhereMatchesBegin()
