@@ -148,6 +148,45 @@ QString patternOf(const Syntaxer::HighRule &rule)
     return rule.pattern.pattern();
 }
 
+// Empty when the highlighter colours the lines as the reference does;
+// otherwise the names and the first line that differs.
+QString differenceFromReference(const QStringList &lines, const QStringList &operations,
+                                const QStringList &types)
+{
+    const QString text = lines.join(QLatin1Char('\n'));
+    QTextDocument actual;
+    actual.setPlainText(text);
+    Syntaxer syntaxer(&actual, operations, types);
+    syntaxer.rehighlight();
+    QTextDocument expected;
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, operations, types);
+    reference.rehighlight();
+
+    const QString difference = firstDifference(&actual, &expected);
+    if (difference.isEmpty())
+        return difference;
+    auto quoted = [](const QStringList &names) {
+        QStringList parts;
+        for (const QString &name : names)
+            parts << QLatin1Char('"') + name + QLatin1Char('"');
+        return QLatin1Char('{') + parts.join(QStringLiteral(", ")) + QLatin1Char('}');
+    };
+    return QStringLiteral("operations %1, types %2: %3").arg(quoted(operations), quoted(types), difference);
+}
+
+// Each name alone, inside a word, between punctuation and twice in a row.
+QStringList linesAround(const QStringList &names)
+{
+    QStringList lines;
+    for (const QString &name : names) {
+        lines << name << QStringLiteral("a") + name + QStringLiteral("b")
+              << QStringLiteral("(") + name + QStringLiteral(") ") + name + QStringLiteral("; ") + name
+              << name + name + QStringLiteral(" x") + name + QStringLiteral("y ") + name;
+    }
+    return lines;
+}
+
 } // namespace
 
 class TestHighlight : public QObject
@@ -207,6 +246,10 @@ private slots:
     void edgeNameListsMatchReference_data();
     void edgeNameListsMatchReference();
     void editedLinesMatchReference();
+    void alternationSplittingTheWordBoundariesMatchesReference();
+    void namesWithPatternCharactersMatchReference_data();
+    void namesWithPatternCharactersMatchReference();
+    void randomNamesWithPatternCharactersMatchReference();
 
     // The shortcuts that spare running patterns
     void parsedPatternReadsItemsGroupsAndQuantifiers();
@@ -672,6 +715,151 @@ void TestHighlight::editedLinesMatchReference()
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
 }
 
+// "x)|(y" makes the rule "\b(x)|(y)\b": an x after a word boundary or a y
+// before one, also inside words.
+void TestHighlight::alternationSplittingTheWordBoundariesMatchesReference()
+{
+    const QString line = QStringLiteral("y yy xy y x");
+    const QStringList types { QStringLiteral("x)|(y") };
+    compareWithReference(line, {}, types);
+    QCOMPARE(colours(line, {}, types), QStringList { QStringLiteral("B..B.BB.B.B") });
+}
+
+void TestHighlight::namesWithPatternCharactersMatchReference_data()
+{
+    QTest::addColumn<QStringList>("operations");
+    QTest::addColumn<QStringList>("types");
+
+    auto row = [](const char *name, const QStringList &operations, const QStringList &types) {
+        QTest::newRow(name) << operations << types;
+    };
+    row("opening parenthesis unclosed", { QStringLiteral("(x"), QStringLiteral("x(y") },
+        { QStringLiteral("x(y"), QStringLiteral("(") });
+    row("closing parenthesis unopened", { QStringLiteral(")x"), QStringLiteral("x)y") },
+        { QStringLiteral("x)"), QStringLiteral(")") });
+    row("alternation between the boundaries", { QStringLiteral("x)|(y") },
+        { QStringLiteral("x)|(y"), QStringLiteral("x)|(y)|(0") });
+    row("alternation at the start or the end", { QStringLiteral("|x"), QStringLiteral("y|") },
+        { QStringLiteral("x)|("), QStringLiteral(")|(y"), QStringLiteral("|x"), QStringLiteral("x|") });
+    row("alternation around non-word characters", { QStringLiteral(")|(\\.") },
+        { QStringLiteral(")|(\\."), QStringLiteral("\\.)|(y"), QStringLiteral(")|(\\.x") });
+    row("empty alternatives", { QStringLiteral("x||y") },
+        { QStringLiteral("|"), QStringLiteral(")|("), QStringLiteral("x)|()|(y"), QStringLiteral("x||y") });
+    row("class unclosed", { QStringLiteral("[x") },
+        { QStringLiteral("[x"), QStringLiteral("x[y"), QStringLiteral("[") });
+    row("class closing alone", { QStringLiteral("]x") },
+        { QStringLiteral("x]"), QStringLiteral("]"), QStringLiteral("[]x]"), QStringLiteral("[^]x]") });
+    row("backslash at the end", { QStringLiteral("x\\") },
+        { QStringLiteral("x\\"), QStringLiteral("\\"), QStringLiteral("x\\\\") });
+    row("quantifier first", { QStringLiteral("*x"), QStringLiteral("+x") },
+        { QStringLiteral("?x"), QStringLiteral("*"), QStringLiteral("x|*y"), QStringLiteral("x)|(+y") });
+    row("braces", { QStringLiteral("x{2}"), QStringLiteral("{x") },
+        { QStringLiteral("x{"), QStringLiteral("x{}"), QStringLiteral("x{,2}"), QStringLiteral("x{1,}"),
+          QStringLiteral("}"), QStringLiteral("{"), QStringLiteral("x{ 1}"), QStringLiteral("x{2}{3}") });
+    row("anchors", { QStringLiteral("^x"), QStringLiteral("x$") },
+        { QStringLiteral("^"), QStringLiteral("$"), QStringLiteral("x^"), QStringLiteral("$x"),
+          QStringLiteral("x)|(^y"), QStringLiteral("^*x"), QStringLiteral("x)|$|(y") });
+    row("any character", { QStringLiteral(".x") },
+        { QStringLiteral("."), QStringLiteral("x."), QStringLiteral("..."), QStringLiteral("x)|(.") });
+    row("word boundary tests inside", { QStringLiteral("\\bx") },
+        { QStringLiteral("x)\\b|(y"), QStringLiteral("\\B)|(x"), QStringLiteral("x)|\\B(y"),
+          QStringLiteral("\\b?x"), QStringLiteral("(\\bx)+") });
+    row("operation names without boundaries",
+        { QStringLiteral("%)|(x"), QStringLiteral("=|"), QStringLiteral("|_"), QStringLiteral("(%"),
+          QStringLiteral("_)"), QStringLiteral("[="), QStringLiteral("%\\"), QStringLiteral("*="),
+          QStringLiteral("x{2}%"), QStringLiteral("^%"), QStringLiteral("%$"), QStringLiteral(".="),
+          QStringLiteral("%)|("), QStringLiteral(")|(%"), QStringLiteral("\\b%)|(y"),
+          QStringLiteral("x)\\b|(_") },
+        { QStringLiteral("x") });
+    row("operation names between boundaries and not",
+        { QStringLiteral("x)|(y"), QStringLiteral("y)|(=") }, { QStringLiteral("y)|(x") });
+}
+
+// A name is pasted into its rule's pattern as it is: what the pattern then
+// means, the highlighter must colour as the reference does.
+void TestHighlight::namesWithPatternCharactersMatchReference()
+{
+    QFETCH(QStringList, operations);
+    QFETCH(QStringList, types);
+    const QStringList lines = QStringList {
+        QStringLiteral("y yy xy y x"), QStringLiteral("x(y x)y (x) [x] x[y x] x\\ \\x \\\\"),
+        QStringLiteral("*x +x ?x x* x+ x? xx*"), QStringLiteral("x{2} xx{ {x} xxx x{} x{1,}"),
+        QStringLiteral("^x x^ x$ $x ^ $"), QStringLiteral(". x. .x ... a.b .y"),
+        QStringLiteral("| x||y || |x| x|y"), QStringLiteral("%x =y _ x%y a=b %) (= x_y")
+    } + linesAround(operations + types);
+    const QString difference = differenceFromReference(lines, operations, types);
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+// Random small name lists of letters, digits, blanks and pattern
+// characters, on lines of the same characters and of the names themselves.
+// The seed is fixed: a failure names the lists and the line.
+void TestHighlight::randomNamesWithPatternCharactersMatchReference()
+{
+    // Names are made of pieces: characters, letters more often so that many
+    // names make valid patterns, and a few runs that give patterns a shape.
+    const QStringList pieces = {
+        QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("x"), QStringLiteral("y"),
+        QStringLiteral("a"), QStringLiteral("0"), QStringLiteral(" "), QStringLiteral("("),
+        QStringLiteral(")"), QStringLiteral("|"), QStringLiteral("["), QStringLiteral("]"),
+        QStringLiteral("\\"), QStringLiteral("*"), QStringLiteral("+"), QStringLiteral("?"),
+        QStringLiteral("."), QStringLiteral("{"), QStringLiteral("}"), QStringLiteral("^"),
+        QStringLiteral("$"), QStringLiteral("%"), QStringLiteral("="), QStringLiteral("_"),
+        QStringLiteral("\""), QStringLiteral("`"), QStringLiteral(")|("), QStringLiteral("{2}"),
+        QStringLiteral("\\b"), QStringLiteral("\\.")
+    };
+    QRandomGenerator random(20240611);
+    auto randomText = [&](int maximum) {
+        QString text;
+        const int count = int(random.bounded(maximum + 1));
+        for (int i = 0; i < count; ++i)
+            text += pieces.at(int(random.bounded(pieces.size())));
+        return text;
+    };
+    auto randomNames = [&](int maximum) {
+        QStringList names;
+        const int count = int(random.bounded(maximum + 1));
+        for (int i = 0; i < count; ++i)
+            names << randomText(4);
+        return names;
+    };
+    const QRegExp patternChar(QStringLiteral("[\\\\^$.|?*+()[\\]{}]"));
+
+    int patternNameMatches = 0;
+    for (int table = 0; table < 4000; ++table) {
+        const QStringList operations = randomNames(3);
+        const QStringList types = randomNames(2);
+        const QStringList names = operations + types;
+        QStringList lines;
+        for (int i = 0; i < 4; ++i) {
+            QString line;
+            for (int part = 0; part < 4; ++part) {
+                line += !names.isEmpty() && random.bounded(2) ? names.at(int(random.bounded(names.size())))
+                                                              : randomText(3);
+            }
+            lines << line;
+        }
+        const QString difference = differenceFromReference(lines, operations, types);
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+
+        // How often a name with pattern characters colours something: the
+        // reference's rules are all that is needed here.
+        QTextDocument noText;
+        const ReferenceSyntaxer reference(&noText, operations, types);
+        for (int i = 0; i < names.size(); ++i) {
+            const QRegExp &pattern = reference.rules().at(i).pattern;
+            if (!names.at(i).contains(patternChar))
+                continue;
+            for (const QString &line : qAsConst(lines)) {
+                if (pattern.indexIn(line) >= 0 && pattern.matchedLength() > 0)
+                    ++patternNameMatches;
+            }
+        }
+    }
+    // The tables must often hold names that change their patterns and match.
+    QVERIFY2(patternNameMatches > 1000, qPrintable(QString::number(patternNameMatches)));
+}
+
 // Patterns of the kinds the rules are made of, and texts made of the
 // characters they look for, so that matches are frequent.
 static QStringList shortcutPatterns()
@@ -684,7 +872,8 @@ static QStringList shortcutPatterns()
              QStringLiteral("\".*\""), QStringLiteral("\\b[{()}]\\b"), QStringLiteral("``[^\n]*"),
              QStringLiteral("\\b(\\w+)\\b"), QStringLiteral("\\b([^a]b)\\b"), QStringLiteral("\\B(x)"),
              QStringLiteral("^(a)"), QStringLiteral("(a)$"), QStringLiteral("\\b(.)\\b"),
-             QStringLiteral("\\b(ж[а-я])\\b") };
+             QStringLiteral("\\b(ж[а-я])\\b"), QStringLiteral("\\b(x)|(y)\\b"),
+             QStringLiteral("\\b()|(\\.)\\b"), QStringLiteral("\\b(x)|\\B()") };
 }
 
 static QStringList shortcutTexts()
@@ -824,6 +1013,8 @@ void TestHighlight::patternStartReadsWhereMatchesBegin_data()
     QTest::newRow("empty at once") << QStringLiteral("(||)") << QStringLiteral("abc") << -1;
     QTest::newRow("class of any start") << QStringLiteral("\\b(\\w+)\\b") << QStringLiteral("  ab") << 0;
     QTest::newRow("after skipped prefix") << QStringLiteral("``[^\n]*") << QStringLiteral("a ``c") << 2;
+    QTest::newRow("inside a word in one alternative")
+        << QStringLiteral("\\b(x)|(y)\\b") << QStringLiteral("ay") << 1;
 }
 
 void TestHighlight::patternStartReadsWhereMatchesBegin()

@@ -16,6 +16,7 @@ struct Starts
     QVector<ParsedPattern::Range> ranges;
     bool any = false;
     Empty empty = Empty::Never;
+    bool atBoundary = false; // every match, empty or not, begins at a word boundary
 
     void add(const Starts &other)
     {
@@ -43,6 +44,7 @@ Starts itemStarts(const ParsedPattern &pattern, const ParsedPattern::Item &item)
         break;
     case Item::Boundary:
         starts.empty = Empty::AtBoundary;
+        starts.atBoundary = true;
         break;
     case Item::NotBoundary:
     case Item::LineAnchor:
@@ -52,35 +54,45 @@ Starts itemStarts(const ParsedPattern &pattern, const ParsedPattern::Item &item)
         starts = alternativesStarts(pattern, item.group);
         break;
     }
-    if (item.optional)
+    if (item.optional) {
         starts.empty = Empty::Anywhere;
+        starts.atBoundary = false;
+    }
     return starts;
 }
 
 // Every item must be empty: the weakest guarantee wins. Only what may come
-// first counts.
+// first counts. A word boundary test holds for every match when only items
+// that match no character stand before it.
 Starts sequenceStarts(const ParsedPattern &pattern, const ParsedPattern::Sequence &sequence)
 {
     Starts starts;
     starts.empty = Empty::Anywhere;
+    bool charactersBefore = false;
     for (const ParsedPattern::Item &item : sequence) {
         if (starts.empty == Empty::Never)
             break;
         const Starts next = itemStarts(pattern, item);
+        starts.atBoundary = starts.atBoundary || (!charactersBefore && next.atBoundary);
+        charactersBefore = charactersBefore || next.any || !next.ranges.isEmpty();
         starts.add(next);
         starts.empty = qMax(starts.empty, next.empty);
     }
     return starts;
 }
 
-// One empty alternative is enough: the best guarantee wins.
+// One empty alternative is enough: the best guarantee wins. Matches begin
+// at a word boundary only when those of every alternative do: in
+// "\b(x)|(y)\b" a y matches inside a word.
 Starts alternativesStarts(const ParsedPattern &pattern, int group)
 {
     Starts starts;
+    starts.atBoundary = true;
     for (const ParsedPattern::Sequence &sequence : pattern.alternatives(group)) {
         const Starts next = sequenceStarts(pattern, sequence);
         starts.add(next);
         starts.empty = qMin(starts.empty, next.empty);
+        starts.atBoundary = starts.atBoundary && next.atBoundary;
     }
     return starts;
 }
@@ -120,8 +132,7 @@ PatternStart::PatternStart(const ParsedPattern &pattern)
     const Starts starts = alternativesStarts(pattern, 0);
     if (starts.any)
         return;
-    const ParsedPattern::Sequence &first = pattern.alternatives().first();
-    startsAtBoundary = !first.isEmpty() && first.first().kind == ParsedPattern::Item::Boundary;
+    startsAtBoundary = starts.atBoundary;
     switch (starts.empty) {
     case Empty::Never:
         kind = starts.ranges.isEmpty() ? Kind::Unknown : Kind::NonEmpty;
