@@ -45,31 +45,38 @@ QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownN
 
 bool Vocabulary::load(const QString &path)
 {
-    clear();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
+        clear();
         m_errorString = file.errorString();
         return false;
     }
+    loadBytes(file.readAll(), path);
+    return true;
+}
 
+void Vocabulary::loadBytes(const QByteArray &bytes, const QString &source)
+{
+    clear();
     QTextCodec *const utf8 = QTextCodec::codecForName("UTF-8");
     int number = 0;
-    while (!file.atEnd()) {
-        const QByteArray bytes = file.readLine();
+    for (int start = 0; start < bytes.size();) {
+        const int lineEnd = bytes.indexOf('\n', start);
+        const int end = lineEnd < 0 ? bytes.size() : lineEnd + 1;
         ++number;
         // Each line on its own, so that a bad byte costs only its line.
         QTextCodec::ConverterState state;
-        const QString line = utf8->toUnicode(bytes.constData(), bytes.size(), &state).trimmed();
+        const QString line = utf8->toUnicode(bytes.constData() + start, end - start, &state).trimmed();
         QString problem;
         if (state.invalidChars > 0)
             problem = QStringLiteral("not UTF-8 text");
         else if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
             problem = addLine(line);
         if (!problem.isEmpty())
-            m_errors << QStringLiteral("%1:%2: %3").arg(path, QString::number(number), problem);
+            m_errors << QStringLiteral("%1:%2: %3").arg(source, QString::number(number), problem);
+        start = end;
     }
     buildTables();
-    return true;
 }
 
 QString Vocabulary::errorString() const

@@ -130,6 +130,7 @@ private slots:
     void sampleLoadsWithoutErrors();
     void sampleKnowsTheExamplePrograms();
     void malformedLinesReportedAndSkipped();
+    void bytesLoadAsAFileWithTheirSourceInErrors();
     void tablesHoldWindows1251Names();
     void emptyUntilLoaded();
     void missingFileLeavesEmptyTables();
@@ -235,6 +236,18 @@ void TestVocabulary::malformedLinesReportedAndSkipped()
     QCOMPARE(vocabulary.operations().at(1).toolTip, QStringLiteral("Присваивание"));
     QCOMPARE(vocabulary.types().size(), 1);
     QCOMPARE(vocabulary.types().at(0).secondName, QStringLiteral("целое"));
+}
+
+void TestVocabulary::bytesLoadAsAFileWithTheirSourceInErrors()
+{
+    Vocabulary vocabulary;
+    vocabulary.loadBytes("operation\r\ntype int\r\n\r\noperation print : Выводит\nbad",
+                         QStringLiteral("bytes"));
+    QCOMPARE(vocabulary.errors(), (QStringList { QStringLiteral("bytes:1: missing name"),
+                                                 QStringLiteral("bytes:5: unknown keyword \"bad\"") }));
+    QCOMPARE(operationNames(vocabulary.operationTable()), (QList<QByteArray> {"print", "-"}));
+    QCOMPARE(vocabulary.toolTip(QStringLiteral("print")), QStringLiteral("Выводит"));
+    QCOMPARE(typeNames(vocabulary.typeTable()), (QList<QByteArray> {"int", "-"}));
 }
 
 void TestVocabulary::tablesHoldWindows1251Names()
