@@ -21,7 +21,8 @@ bool isAscii(const QString &text)
 
 // Why these names cannot make an entry, or an empty string. The plug-in
 // decodes an operation's first name as ASCII and every other name as
-// windows-1251; a name given twice would make its tool tip ambiguous.
+// windows-1251, each up to its first NUL; a name given twice would make its
+// tool tip ambiguous.
 template <typename KnownNames>
 QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownNames &known)
 {
@@ -33,6 +34,8 @@ QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownN
         return QStringLiteral("operation name \"%1\" is not ASCII").arg(names.first());
     for (int i = 0; i < names.size(); ++i) {
         const QString &name = names.at(i);
+        if (name.contains(QChar(0)))
+            return QStringLiteral("a name holds a NUL character");
         if (!windows1251()->canEncode(name))
             return QStringLiteral("name \"%1\" cannot be written in windows-1251").arg(name);
         if (known.contains(name) || names.indexOf(name) < i)
