@@ -21,7 +21,8 @@ bool isAscii(const QString &text)
 
 // Why these names cannot make an entry, or an empty string. The plug-in
 // decodes an operation's first name as ASCII and every other name as
-// windows-1251; a name given twice would make its tool tip ambiguous.
+// windows-1251, each up to its first NUL; a name given twice would make its
+// tool tip ambiguous.
 template <typename KnownNames>
 QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownNames &known)
 {
@@ -33,6 +34,8 @@ QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownN
         return QStringLiteral("operation name \"%1\" is not ASCII").arg(names.first());
     for (int i = 0; i < names.size(); ++i) {
         const QString &name = names.at(i);
+        if (name.contains(QChar(0)))
+            return QStringLiteral("a name holds a NUL character");
         if (!windows1251()->canEncode(name))
             return QStringLiteral("name \"%1\" cannot be written in windows-1251").arg(name);
         if (known.contains(name) || names.indexOf(name) < i)
@@ -45,31 +48,38 @@ QString namesProblem(const QStringList &names, bool asciiFirstName, const KnownN
 
 bool Vocabulary::load(const QString &path)
 {
-    clear();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
+        clear();
         m_errorString = file.errorString();
         return false;
     }
+    loadBytes(file.readAll(), path);
+    return true;
+}
 
+void Vocabulary::loadBytes(const QByteArray &bytes, const QString &source)
+{
+    clear();
     QTextCodec *const utf8 = QTextCodec::codecForName("UTF-8");
     int number = 0;
-    while (!file.atEnd()) {
-        const QByteArray bytes = file.readLine();
+    for (int start = 0; start < bytes.size();) {
+        const int lineEnd = bytes.indexOf('\n', start);
+        const int end = lineEnd < 0 ? bytes.size() : lineEnd + 1;
         ++number;
         // Each line on its own, so that a bad byte costs only its line.
         QTextCodec::ConverterState state;
-        const QString line = utf8->toUnicode(bytes.constData(), bytes.size(), &state).trimmed();
+        const QString line = utf8->toUnicode(bytes.constData() + start, end - start, &state).trimmed();
         QString problem;
         if (state.invalidChars > 0)
             problem = QStringLiteral("not UTF-8 text");
         else if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
             problem = addLine(line);
         if (!problem.isEmpty())
-            m_errors << QStringLiteral("%1:%2: %3").arg(path, QString::number(number), problem);
+            m_errors << QStringLiteral("%1:%2: %3").arg(source, QString::number(number), problem);
+        start = end;
     }
     buildTables();
-    return true;
 }
 
 QString Vocabulary::errorString() const

@@ -36,6 +36,8 @@ public:
     // Replaces the vocabulary with the file's. A malformed line is skipped
     // and described in errors(); false only if the file cannot be read.
     bool load(const QString &path);
+    // The same with the file's bytes at hand; source names them in errors().
+    void loadBytes(const QByteArray &bytes, const QString &source);
     QString errorString() const;
     // "file:line: reason" for each skipped line of the last load.
     QStringList errors() const;

@@ -130,6 +130,8 @@ private slots:
     void sampleLoadsWithoutErrors();
     void sampleKnowsTheExamplePrograms();
     void malformedLinesReportedAndSkipped();
+    void nameHoldingNulIsRefused();
+    void bytesLoadAsAFileWithTheirSourceInErrors();
     void tablesHoldWindows1251Names();
     void emptyUntilLoaded();
     void missingFileLeavesEmptyTables();
@@ -235,6 +237,38 @@ void TestVocabulary::malformedLinesReportedAndSkipped()
     QCOMPARE(vocabulary.operations().at(1).toolTip, QStringLiteral("Присваивание"));
     QCOMPARE(vocabulary.types().size(), 1);
     QCOMPARE(vocabulary.types().at(0).secondName, QStringLiteral("целое"));
+}
+
+// A table's name ends at its first NUL: the host would hand over another name.
+void TestVocabulary::nameHoldingNulIsRefused()
+{
+    const QString path = writeVocabulary(QStringLiteral("nul"),
+            QByteArray("operation a\0b : tip\n"
+                       "type int c\0\n"
+                       "operation print\n", 48));
+    Vocabulary vocabulary;
+    QVERIFY(vocabulary.load(path));
+
+    const QString at = path + QLatin1Char(':');
+    QCOMPARE(vocabulary.errors(), (QStringList {
+        at + QStringLiteral("1: a name holds a NUL character"),
+        at + QStringLiteral("2: a name holds a NUL character"),
+    }));
+    QCOMPARE(operationNames(vocabulary.operationTable()), (QList<QByteArray> {"print", "-"}));
+    QCOMPARE(typeNames(vocabulary.typeTable()), QList<QByteArray>());
+    QCOMPARE(vocabulary.toolTip(QStringLiteral("a")), QString());
+}
+
+void TestVocabulary::bytesLoadAsAFileWithTheirSourceInErrors()
+{
+    Vocabulary vocabulary;
+    vocabulary.loadBytes("operation\r\ntype int\r\n\r\noperation print : Выводит\nbad",
+                         QStringLiteral("bytes"));
+    QCOMPARE(vocabulary.errors(), (QStringList { QStringLiteral("bytes:1: missing name"),
+                                                 QStringLiteral("bytes:5: unknown keyword \"bad\"") }));
+    QCOMPARE(operationNames(vocabulary.operationTable()), (QList<QByteArray> {"print", "-"}));
+    QCOMPARE(vocabulary.toolTip(QStringLiteral("print")), QStringLiteral("Выводит"));
+    QCOMPARE(typeNames(vocabulary.typeTable()), (QList<QByteArray> {"int", "-"}));
 }
 
 void TestVocabulary::tablesHoldWindows1251Names()

@@ -1,0 +1,124 @@
+// The highlighter against the rule-by-rule reference: the same names and
+// lines must get the same colours at every position and the same block
+// states.
+//
+// The input is read as text: its first line holds the operation names, its
+// second the type names, both separated by blanks, and the lines after them
+// are the program. In a name, ASCII letters and digits stand for themselves
+// and so do the characters of the names' alphabet; any other byte stands for
+// the alphabet's character at that byte modulo its size, so that any bytes
+// make names of pattern characters, letters and digits. In the program,
+// printable ASCII stands for itself and a control byte for one of the
+// names, so that the lines meet them often.
+
+#include <QGuiApplication>
+#include <QStringList>
+#include <QTextDocument>
+
+#include <cstdint>
+#include <cstdlib>
+
+#include "highlightcomparison.h"
+#include "referencesyntaxer.h"
+#include "syntaxer.h"
+
+namespace {
+
+const int maximumNames = 6;
+const int maximumNameLength = 8;
+const int maximumLines = 8;
+const int maximumLineLength = 64;
+
+// Pattern characters the highlighter reads in its own ways, characters that
+// drop the word boundaries, a few letters and digits, and a Cyrillic letter.
+const QString nameAlphabet = QStringLiteral("()|[]\\*+?.{},^$-%=_abxyz019ж");
+
+QChar nameCharacter(uchar byte)
+{
+    const QChar character = QChar::fromLatin1(char(byte));
+    if (byte < 0x80 && (character.isLetterOrNumber() || nameAlphabet.contains(character)))
+        return character;
+    return nameAlphabet.at(byte % nameAlphabet.size());
+}
+
+QString lineOf(const QByteArray &bytes, const QStringList &names)
+{
+    QString line;
+    for (const char byte : bytes) {
+        const auto value = uchar(byte);
+        if (value < 0x20 && !names.isEmpty())
+            line += names.at(value % names.size());
+        else if (value >= 0x20 && value < 0x7f)
+            line += QLatin1Char(byte);
+        else
+            line += nameCharacter(value);
+    }
+    return line.left(maximumLineLength);
+}
+
+QStringList namesOf(const QByteArray &line)
+{
+    QStringList names;
+    const QList<QByteArray> words = line.split(' ');
+    for (const QByteArray &word : words) {
+        if (word.isEmpty() || names.size() == maximumNames)
+            continue;
+        QString name;
+        for (const char byte : word.left(maximumNameLength))
+            name += nameCharacter(uchar(byte));
+        names << name;
+    }
+    return names;
+}
+
+QString quotedNames(const QStringList &names)
+{
+    return names.isEmpty() ? QStringLiteral("(none)")
+                           : QLatin1Char('"') + names.join(QStringLiteral("\" \"")) + QLatin1Char('"');
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    Q_UNUSED(argc);
+    Q_UNUSED(argv);
+    // Formats need fonts, and fonts a GUI application; no screen is needed.
+    static int applicationArgc = 1;
+    static char applicationName[] = "fuzz_highlight";
+    static char *applicationArgv[] = { applicationName, nullptr };
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static QGuiApplication *application = nullptr;
+    application = new QGuiApplication(applicationArgc, applicationArgv);
+    // Gone before the leak check at exit, with the fonts it loaded.
+    std::atexit([] { delete application; });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QList<QByteArray> inputLines =
+        QByteArray::fromRawData(reinterpret_cast<const char *>(data), int(size)).split('\n');
+    const QStringList operations = namesOf(inputLines.value(0));
+    const QStringList types = namesOf(inputLines.value(1));
+    QStringList lines;
+    for (int i = 2; i < inputLines.size() && lines.size() < maximumLines; ++i)
+        lines << lineOf(inputLines.at(i), operations + types);
+    const QString text = lines.join(QLatin1Char('\n'));
+
+    QTextDocument actual;
+    actual.setPlainText(text);
+    Syntaxer syntaxer(&actual, operations, types);
+    syntaxer.rehighlight();
+
+    QTextDocument expected;
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, operations, types);
+    reference.rehighlight();
+
+    const QString difference = firstDifference(&actual, &expected);
+    if (!difference.isEmpty())
+        qFatal("operations: %s\ntypes: %s\n%s", qPrintable(quotedNames(operations)),
+               qPrintable(quotedNames(types)), qPrintable(difference));
+    return 0;
+}
