@@ -99,6 +99,9 @@ public:
     void saveCurrentProg();
     void saveAllChangedProgs();
 
+    // Cursor history (editwindow_history.cpp)
+    void restorePos();
+
     // Search (editwindow_search.cpp)
     void storeSearchSettings();
 
@@ -184,6 +187,7 @@ private:
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
+    bool historyPlaceUsable(int index, int limit);
     void makeConnections();
 
     Ui::EditWindow *ui;
