@@ -12,6 +12,8 @@
 #include <QVariant>
 #include <QWaitCondition>
 
+#include <functional>
+
 #include "cursorhistorypos.h"
 #include "editorwindowinterface.h"
 #include "hosttables.h"
@@ -188,6 +190,8 @@ private:
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
     bool historyPlaceUsable(int index, int limit);
+    void askHost(bool &answered, int timeout, const std::function<void()> &request);
+    void takeArrivedTables();
     void makeConnections();
 
     Ui::EditWindow *ui;
@@ -195,6 +199,13 @@ private:
     QStringList typeList;
     QWaitCondition waitCond;
     QMutex mutex;
+    // Guarded by the mutex: what the host's answer slots hand over.
+    bool tablesArrived = false;
+    QStringList arrivedOperations;
+    QStringList arrivedTypes;
+    bool toolTipArrived = false;
+    QString toolTipText;
+
     QFileSystemWatcher dirWatcher;
     bool newItemMode = false;
     bool stopped = false;
@@ -208,7 +219,6 @@ private:
     int historyPos = -1;
     QStringList openedList;
     QString openedTab;
-    QString toolTipText;
     Syntaxer *syntaxer = nullptr;
     QCompleter *completer = nullptr;
 
