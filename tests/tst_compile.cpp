@@ -1,9 +1,11 @@
 // The host's tables of operations and types, the operation tool-tip
-// exchange, and the compiler console of the editor window.
+// exchange, the compile and debug requests, and the compiler console of the
+// editor window.
 
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTextCursor>
 #include <QSignalSpy>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -12,11 +14,13 @@
 #include <atomic>
 #include <thread>
 
+#include "boxanswerer.h"
 #include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
 #include "testsupport.h"
 #include "textedit.h"
+#include "zusourcecode.h"
 
 namespace {
 
@@ -56,6 +60,27 @@ struct JoiningThread
 const int toolTipRounds = 50;
 const qint64 toolTipRoundsLimit = toolTipRounds * 10 / 2;
 
+// Project p lists a and b, with CR LF line ends, so that a write of the
+// file by the window (which ends its lines with LF) shows in its bytes; or
+// a, b and a again.
+const QByteArray projectOnce("a.zu\r\nb.zu\r\n");
+const QByteArray projectTwice("a.zu\r\nb.zu\r\na.zu\r\n");
+
+QByteArray writtenProject(const QByteArray &project)
+{
+    return QByteArray(project).replace("\r\n", "\n");
+}
+
+QByteArray programBytes(const char *name)
+{
+    return fileBytes(QLatin1String(name) + QStringLiteral(".zu"), "<missing>");
+}
+
+bool programWritten(const char *name)
+{
+    return !isAged(QLatin1String(name) + QStringLiteral(".zu"));
+}
+
 } // namespace
 
 class TestCompile : public QObject
@@ -63,7 +88,6 @@ class TestCompile : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -85,24 +109,46 @@ private slots:
     void runWithTablesFromOtherThreadReturnsEarly();
     void tablesAfterRunTimedOutReachListsOnGuiThread();
 
+    void compileProjectProgramSendsProjectAndSavesItsPrograms_data();
+    void compileProjectProgramSendsProjectAndSavesItsPrograms();
+    void compileOtherProgramSendsItsNameAndSavesOnlyIt_data();
+    void compileOtherProgramSendsItsNameAndSavesOnlyIt();
+    void compileUnchangedProgramWritesNothingAndStillAsks_data();
+    void compileUnchangedProgramWritesNothingAndStillAsks();
+    void debugSavesProjectProgramsAndFileButNotOtherProgram_data();
+    void debugSavesProjectProgramsAndFileButNotOtherProgram();
+    void debugWithProjectProgramCurrentSavesItToo_data();
+    void debugWithProjectProgramCurrentSavesItToo();
+    void programListedTwiceIsSavedOnce();
+
     void maxConsoleLinesBoundsConsoleBlocks_data();
     void maxConsoleLinesBoundsConsoleBlocks();
     void clearButtonEmptiesConsole();
 
 private:
+    void projectListings();
+    // Programs a, b and x ("A\n", "B\n", "X\n") and project p holding
+    // `project`, all dated back; the three programs open in tabs, p the
+    // current project, the window shown.
+    bool openProjectAndPrograms(const QByteArray &project);
+    // Types at the start of the program, as far as its editor can tell.
+    void edit(const char *name, const QString &text);
+    bool makeCurrent(const char *name);
+    bool isChanged(const char *name) const;
+    // Clicks the button and returns the file names the window asked the
+    // host to compile.
+    QStringList requestsOnClick(const char *button);
+
     TempCurrentDir tempDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
 };
 
-void TestCompile::initTestCase()
-{
-    QVERIFY2(tempDir.make(), qPrintable(tempDir.errorString()));
-    QVERIFY(tempDir.enter());
-}
-
 void TestCompile::init()
 {
+    // A directory of its own for each test: the window lists it.
+    QVERIFY2(tempDir.make(), qPrintable(tempDir.errorString()));
+    QVERIFY(tempDir.enter());
     makePlugin(plugin, window);
     QVERIFY(window);
     QVERIFY(window->operationNames().isEmpty());
@@ -112,6 +158,64 @@ void TestCompile::init()
 void TestCompile::cleanup()
 {
     deletePlugin(plugin, window);
+    tempDir.leave();
+}
+
+void TestCompile::projectListings()
+{
+    QTest::addColumn<QByteArray>("project");
+    QTest::newRow("a listed once") << projectOnce;
+    QTest::newRow("a listed twice") << projectTwice;
+}
+
+bool TestCompile::openProjectAndPrograms(const QByteArray &project)
+{
+    for (const char *name : { "a", "b", "x" }) {
+        if (!writeAgedFile(QLatin1String(name) + QStringLiteral(".zu"), QByteArray(name).toUpper() + "\n"))
+            return false;
+    }
+    if (!writeAgedFile(QStringLiteral("p.zup"), project))
+        return false;
+    window->dirChanged();
+    if (!window->selectProjByName(QStringLiteral("p")))
+        return false;
+    for (const char *name : { "a", "b", "x" }) {
+        if (!window->addTextTab(QLatin1String(name)))
+            return false;
+    }
+    return showAndActivate(window);
+}
+
+void TestCompile::edit(const char *name, const QString &text)
+{
+    auto *editor = window->findChild<ZuSourceCode *>(QLatin1String(name));
+    QVERIFY(editor);
+    QTextCursor(editor->document()).insertText(text);
+    QVERIFY(editor->isChanged());
+}
+
+bool TestCompile::makeCurrent(const char *name)
+{
+    return window->findOpenTab(QLatin1String(name)) && window->currTabName() == QLatin1String(name);
+}
+
+bool TestCompile::isChanged(const char *name) const
+{
+    auto *editor = window->findChild<ZuSourceCode *>(QLatin1String(name));
+    return editor && editor->isChanged();
+}
+
+QStringList TestCompile::requestsOnClick(const char *name)
+{
+    auto *button = window->findChild<QPushButton *>(QLatin1String(name));
+    if (!button || !button->isVisible() || !button->isEnabled())
+        return { QStringLiteral("<no button %1 to click>").arg(QLatin1String(name)) };
+    QSignalSpy requests(window, &EditWindow::tryToCompile);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QStringList names;
+    for (const QList<QVariant> &request : qAsConst(requests))
+        names << request.at(0).toString();
+    return names;
 }
 
 void TestCompile::twoOperationRecordsGiveThreeNamesInOrder()
@@ -525,6 +629,150 @@ void TestCompile::tablesAfterRunTimedOutReachListsOnGuiThread()
                                            QString::fromLatin1(operations[1].name) };
     QTRY_COMPARE(w->operationNames(), expectedOperations);
     QCOMPARE(w->typeNames(), QStringList { stringTypeText() });
+}
+
+// ---------------------------------------------------------------------------
+// Compile and debug requests
+
+void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms_data()
+{
+    projectListings();
+}
+
+// b is in the current project: the whole project is compiled, and its
+// changed programs are saved first; x, outside it, is not.
+void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    edit("b", QStringLiteral("2"));
+    QVERIFY(makeCurrent("b"));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(!isChanged("b"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt_data()
+{
+    projectListings();
+}
+
+void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("x"));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "x.zu" });
+    QCOMPARE(programBytes("x"), QByteArray("9X\n"));
+    QCOMPARE(programBytes("a"), QByteArray("A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("B\n"));
+    QVERIFY(isChanged("a"));
+    QVERIFY(!isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks_data()
+{
+    QTest::addColumn<QByteArray>("project");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("request");
+    QTest::newRow("project program") << projectOnce << "b" << "p.zup";
+    QTest::newRow("project program, a listed twice") << projectTwice << "a" << "p.zup";
+    QTest::newRow("other program") << projectOnce << "x" << "x.zu";
+}
+
+// Every click asks again, whether or not the host has answered.
+void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks()
+{
+    QFETCH(QByteArray, project);
+    QFETCH(QString, current);
+    QFETCH(QString, request);
+    QVERIFY(openProjectAndPrograms(project));
+    QVERIFY(makeCurrent(qPrintable(current)));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { request });
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { request });
+    for (const char *name : { "a", "b", "x" }) {
+        QVERIFY2(!programWritten(name), name);
+        QCOMPARE(programBytes(name), QByteArray(name).toUpper() + "\n");
+    }
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram_data()
+{
+    projectListings();
+}
+
+void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("b", QStringLiteral("2"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("x"));
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(!isChanged("b"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
+}
+
+void TestCompile::debugWithProjectProgramCurrentSavesItToo_data()
+{
+    projectListings();
+}
+
+void TestCompile::debugWithProjectProgramCurrentSavesItToo()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("a"));
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QVERIFY(!programWritten("b"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
+}
+
+// A save that fails says so in a box; a second save of the same program,
+// listed twice, would say it twice. The request goes out all the same.
+void TestCompile::programListedTwiceIsSavedOnce()
+{
+    QVERIFY(openProjectAndPrograms(projectTwice));
+    // Windows-1251 has no byte for this character: the save fails.
+    edit("a", QString::fromUtf8("程"));
+    QVERIFY(makeCurrent("x"));
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(answerer.shown.size(), 1);
+    QVERIFY2(answerer.shown.at(0).text.startsWith(QStringLiteral("a\n")), qPrintable(answerer.shown.at(0).text));
+    QCOMPARE(programBytes("a"), QByteArray("A\n"));
+    QVERIFY(isChanged("a"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(projectTwice));
 }
 
 void TestCompile::maxConsoleLinesBoundsConsoleBlocks_data()

@@ -99,7 +99,7 @@ public:
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
     void saveCurrentProg();
-    void saveAllChangedProgs();
+    void saveChangedProgOrProj();
 
     // Cursor history (editwindow_history.cpp)
     void restorePos();

@@ -106,10 +106,23 @@ void EditWindow::on_pushButton_clicked()
     ui->consoleEdit->clear();
 }
 
+// The host resolves the bare file name against the programs directory it
+// shares with the editor. A program of the current project is compiled
+// with its whole project.
 void EditWindow::on_compileProgramButton_clicked()
 {
+    const QString name = currTabName();
+    saveChangedProgOrProj();
+    if (isProgInProj(name))
+        emit tryToCompile(ui->currProjBox->title() + QStringLiteral(".zup"));
+    else
+        emit tryToCompile(name + QStringLiteral(".zu"));
 }
 
+// The same request as compiling the project; what makes it a debugging
+// session is up to the host.
 void EditWindow::on_debugProjButton_clicked()
 {
+    saveEntireProject();
+    emit tryToCompile(ui->currProjBox->title() + QStringLiteral(".zup"));
 }
