@@ -1,11 +1,6 @@
 #include "hostsockets.h"
 
-#include <QDeadlineTimer>
-#include <QFile>
 #include <QTextStream>
-#include <QThread>
-
-#include <unistd.h>
 
 #include "seginterfaces.h"
 
@@ -29,27 +24,6 @@ const char *hostMember(const char *socketName)
         {"newSettingsProgramsDirQStringQString", SIGNAL(programsDirChanged(QString,QString))},
     };
     return members.value(socketName);
-}
-
-// Whether the thread `tid` of this process sleeps in the kernel, as one
-// waiting on a condition does. Without /proc there is no telling, and the
-// caller goes ahead.
-bool threadSleeps(pid_t tid)
-{
-    QFile stat(QStringLiteral("/proc/self/task/%1/stat").arg(tid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return true;
-    // "tid (name) state ...", where the name may hold blanks and parentheses.
-    const QByteArray line = stat.readAll();
-    const int nameEnd = line.lastIndexOf(')');
-    return nameEnd < 0 || line.mid(nameEnd + 2, 1) == "S";
-}
-
-void waitUntilAsleep(pid_t tid)
-{
-    QDeadlineTimer deadline(500);
-    while (!threadSleeps(tid) && !deadline.hasExpired())
-        QThread::usleep(200);
 }
 
 } // namespace
@@ -100,13 +74,9 @@ void HostSockets::answerTables()
     if (!answer.isValid())
         return;
     waitForAnswers();
-    // The plug-in emitted the request holding its lock and then waits on its
-    // own thread for the answer slot to wake it; the slot takes no lock. So
-    // the answer comes from a worker, once the requester sleeps: a wake-up
-    // before its wait begins would be lost and cost it the whole time-out.
-    const pid_t requester = gettid();
-    m_worker = std::thread([this, answer, requester] {
-        waitUntilAsleep(requester);
+    // From a worker thread, at once: the plug-in keeps an answer that comes
+    // before it begins to wait.
+    m_worker = std::thread([this, answer] {
         answer.invoke(m_socketObject, Qt::DirectConnection,
                       Q_ARG(ARRAY *, m_vocabulary.operationTable()),
                       Q_ARG(ARRAY *, m_vocabulary.typeTable()));
@@ -118,8 +88,8 @@ void HostSockets::answerOperToolTip(const QString &name)
     const QMetaMethod answer = m_answers.value(operToolTipSocket);
     if (!answer.isValid())
         return;
-    // From within the request: the plug-in stores the text before its short
-    // wait, which then runs out, and no text is shared across threads.
+    // From within the request: the plug-in then has the text without
+    // waiting, and no text is shared across threads.
     answer.invoke(m_socketObject, Qt::DirectConnection,
                   Q_ARG(QString, m_vocabulary.toolTip(name)));
 }

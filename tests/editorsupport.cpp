@@ -58,12 +58,10 @@ ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPo
 // ---------------------------------------------------------------------------
 // ThreadedTablesHost
 
-ThreadedTablesHost::ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types,
-                                       Answer answer)
+ThreadedTablesHost::ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types)
     : window(window)
     , operations(operations)
     , types(types)
-    , answer(answer)
 {
 }
 
@@ -81,23 +79,11 @@ void ThreadedTablesHost::answerRequests()
 
 void ThreadedTablesHost::start()
 {
-    thread = std::thread([this] {
-        if (answer == AnswerAfterWaitBegins)
-            window->getOperToolTip(QString());
-        window->tablesAnswer(&operations, &types);
-        if (answer != AnswerUntilFinished)
-            return;
-        ARRAY none = {};
-        while (!stopRequested.load()) {
-            window->tablesAnswer(&none, &none);
-            std::this_thread::yield();
-        }
-    });
+    thread = std::thread([this] { window->tablesAnswer(&operations, &types); });
 }
 
 void ThreadedTablesHost::finish()
 {
-    stopRequested.store(true);
     if (thread.joinable())
         thread.join();
 }

@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <QStringList>
 
-#include <atomic>
 #include <thread>
 
 #include "hosttables.h"
@@ -42,33 +41,19 @@ void rememberOpenedTabs(TextEdit *plugin, const QStringList &opened, const QStri
 ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPointer<QWidget>> &pages);
 
 // ---------------------------------------------------------------------------
-// Answers the window's table request from a thread of its own, as a host
-// does, and joins that thread however the test function is left.
+// Answers the window's table request once from a thread of its own, as a
+// host does, and joins that thread however the test function is left.
 
 class ThreadedTablesHost
 {
 public:
-    enum Answer {
-        // Answers once, as soon as the thread runs.
-        AnswerOnce,
-        // Takes the window's mutex first (through getOperToolTip, which run()
-        // holds until its wait begins), so that the answer cannot be lost
-        // before the wait.
-        AnswerAfterWaitBegins,
-        // Answers with the tables, then with empty tables (which only wake
-        // the waiter) until finish(), so that the waiter is woken however
-        // late it begins to wait.
-        AnswerUntilFinished,
-    };
-
-    ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types,
-                       Answer answer = AnswerOnce);
+    ThreadedTablesHost(EditWindow *window, const ARRAY &operations, const ARRAY &types);
     ~ThreadedTablesHost();
 
     // Starts the thread on each table request the window emits.
     void answerRequests();
     void start();
-    // Stops the thread and joins it.
+    // Joins the thread.
     void finish();
     bool started() const;
 
@@ -76,9 +61,7 @@ private:
     EditWindow *window;
     ARRAY operations;
     ARRAY types;
-    Answer answer;
     QMetaObject::Connection requests;
-    std::atomic<bool> stopRequested { false };
     std::thread thread;
 };
 

@@ -1,21 +1,26 @@
 // The host's tables of operations and types, the operation tool-tip
-// exchange, and the compiler console of the editor window.
+// exchange, the compile and debug requests, and the compiler console of the
+// editor window.
 
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTextCursor>
 #include <QSignalSpy>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QtTest>
 
+#include <atomic>
 #include <thread>
 
+#include "boxanswerer.h"
 #include "editorsupport.h"
 #include "editwindow.h"
 #include "hosttables.h"
 #include "testsupport.h"
 #include "textedit.h"
+#include "zusourcecode.h"
 
 namespace {
 
@@ -51,6 +56,31 @@ struct JoiningThread
     }
 };
 
+// Many exchanges, so that any one that waits out its 10 ms shows in the sum.
+const int toolTipRounds = 50;
+const qint64 toolTipRoundsLimit = toolTipRounds * 10 / 2;
+
+// Project p lists a and b, with CR LF line ends, so that a write of the
+// file by the window (which ends its lines with LF) shows in its bytes; or
+// a, b and a again.
+const QByteArray projectOnce("a.zu\r\nb.zu\r\n");
+const QByteArray projectTwice("a.zu\r\nb.zu\r\na.zu\r\n");
+
+QByteArray writtenProject(const QByteArray &project)
+{
+    return QByteArray(project).replace("\r\n", "\n");
+}
+
+QByteArray programBytes(const char *name)
+{
+    return fileBytes(QLatin1String(name) + QStringLiteral(".zu"), "<missing>");
+}
+
+bool programWritten(const char *name)
+{
+    return !isAged(QLatin1String(name) + QStringLiteral(".zu"));
+}
+
 } // namespace
 
 class TestCompile : public QObject
@@ -58,7 +88,6 @@ class TestCompile : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -70,30 +99,56 @@ private slots:
     void namesDecodeFromWindows1251();
 
     void toolTipWithoutHostReturnsStoredTextAfterTimeout();
-    void synchronousHostToolTipIsReturned();
+    void synchronousHostToolTipIsReturnedWithoutWaiting();
+    void toolTipFromOtherThreadBeforeWaitIsReturnedWithoutWaiting();
     void toolTipAnsweredFromOtherThreadReachesCaller();
+    void toolTipQueuedToGuiThreadServesNextRequest();
 
-    void runWithSynchronousTablesAnswerWaitsOutTimeout();
+    void runWithSynchronousTablesAnswerDoesNotWait();
+    void runWithTablesFromOtherThreadBeforeWaitDoesNotWait();
     void runWithTablesFromOtherThreadReturnsEarly();
+    void tablesAfterRunTimedOutReachListsOnGuiThread();
+
+    void compileProjectProgramSendsProjectAndSavesItsPrograms_data();
+    void compileProjectProgramSendsProjectAndSavesItsPrograms();
+    void compileOtherProgramSendsItsNameAndSavesOnlyIt_data();
+    void compileOtherProgramSendsItsNameAndSavesOnlyIt();
+    void compileUnchangedProgramWritesNothingAndStillAsks_data();
+    void compileUnchangedProgramWritesNothingAndStillAsks();
+    void debugSavesProjectProgramsAndFileButNotOtherProgram_data();
+    void debugSavesProjectProgramsAndFileButNotOtherProgram();
+    void debugWithProjectProgramCurrentSavesItToo_data();
+    void debugWithProjectProgramCurrentSavesItToo();
+    void programListedTwiceIsSavedOnce();
 
     void maxConsoleLinesBoundsConsoleBlocks_data();
     void maxConsoleLinesBoundsConsoleBlocks();
     void clearButtonEmptiesConsole();
 
 private:
+    void projectListings();
+    // Programs a, b and x ("A\n", "B\n", "X\n") and project p holding
+    // `project`, all dated back; the three programs open in tabs, p the
+    // current project, the window shown.
+    bool openProjectAndPrograms(const QByteArray &project);
+    // Types at the start of the program, as far as its editor can tell.
+    void edit(const char *name, const QString &text);
+    bool makeCurrent(const char *name);
+    bool isChanged(const char *name) const;
+    // Clicks the button and returns the file names the window asked the
+    // host to compile.
+    QStringList requestsOnClick(const char *button);
+
     TempCurrentDir tempDir;
     TextEdit *plugin = nullptr;
     EditWindow *window = nullptr;
 };
 
-void TestCompile::initTestCase()
-{
-    QVERIFY2(tempDir.make(), qPrintable(tempDir.errorString()));
-    QVERIFY(tempDir.enter());
-}
-
 void TestCompile::init()
 {
+    // A directory of its own for each test: the window lists it.
+    QVERIFY2(tempDir.make(), qPrintable(tempDir.errorString()));
+    QVERIFY(tempDir.enter());
     makePlugin(plugin, window);
     QVERIFY(window);
     QVERIFY(window->operationNames().isEmpty());
@@ -103,6 +158,64 @@ void TestCompile::init()
 void TestCompile::cleanup()
 {
     deletePlugin(plugin, window);
+    tempDir.leave();
+}
+
+void TestCompile::projectListings()
+{
+    QTest::addColumn<QByteArray>("project");
+    QTest::newRow("a listed once") << projectOnce;
+    QTest::newRow("a listed twice") << projectTwice;
+}
+
+bool TestCompile::openProjectAndPrograms(const QByteArray &project)
+{
+    for (const char *name : { "a", "b", "x" }) {
+        if (!writeAgedFile(QLatin1String(name) + QStringLiteral(".zu"), QByteArray(name).toUpper() + "\n"))
+            return false;
+    }
+    if (!writeAgedFile(QStringLiteral("p.zup"), project))
+        return false;
+    window->dirChanged();
+    if (!window->selectProjByName(QStringLiteral("p")))
+        return false;
+    for (const char *name : { "a", "b", "x" }) {
+        if (!window->addTextTab(QLatin1String(name)))
+            return false;
+    }
+    return showAndActivate(window);
+}
+
+void TestCompile::edit(const char *name, const QString &text)
+{
+    auto *editor = window->findChild<ZuSourceCode *>(QLatin1String(name));
+    QVERIFY(editor);
+    QTextCursor(editor->document()).insertText(text);
+    QVERIFY(editor->isChanged());
+}
+
+bool TestCompile::makeCurrent(const char *name)
+{
+    return window->findOpenTab(QLatin1String(name)) && window->currTabName() == QLatin1String(name);
+}
+
+bool TestCompile::isChanged(const char *name) const
+{
+    auto *editor = window->findChild<ZuSourceCode *>(QLatin1String(name));
+    return editor && editor->isChanged();
+}
+
+QStringList TestCompile::requestsOnClick(const char *name)
+{
+    auto *button = window->findChild<QPushButton *>(QLatin1String(name));
+    if (!button || !button->isVisible() || !button->isEnabled())
+        return { QStringLiteral("<no button %1 to click>").arg(QLatin1String(name)) };
+    QSignalSpy requests(window, &EditWindow::tryToCompile);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QStringList names;
+    for (const QList<QVariant> &request : qAsConst(requests))
+        names << request.at(0).toString();
+    return names;
 }
 
 void TestCompile::twoOperationRecordsGiveThreeNamesInOrder()
@@ -275,7 +388,7 @@ void TestCompile::toolTipWithoutHostReturnsStoredTextAfterTimeout()
     QCOMPARE(requests.at(1).at(0).toString(), QStringLiteral("print"));
 }
 
-void TestCompile::synchronousHostToolTipIsReturned()
+void TestCompile::synchronousHostToolTipIsReturnedWithoutWaiting()
 {
     EditWindow *w = window;
     QSignalSpy requests(w, &EditWindow::operToolTipRequest);
@@ -284,21 +397,38 @@ void TestCompile::synchronousHostToolTipIsReturned()
             [w](const QString &name) { w->operToolTipAnswer(tipFor(name)); },
             Qt::DirectConnection);
 
-    const QStringList names { QStringLiteral("add"), QStringLiteral("print") };
-    for (const QString &name : names) {
-        QElapsedTimer timer;
-        timer.start();
-        const QString tip = w->getOperToolTip(name);
-        const qint64 elapsed = timer.elapsed();
-
-        QCOMPARE(tip, tipFor(name));
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < toolTipRounds; ++i) {
+        const QString name = QStringLiteral("op%1").arg(i);
+        QCOMPARE(w->getOperToolTip(name), tipFor(name));
         QCOMPARE(requests.last().at(0).toString(), name);
-        // The answer woke nobody, since the wait had not begun: the whole
-        // time-out passes, but the text is in place by then.
-        QVERIFY2(elapsed >= 9, qPrintable(QString::number(elapsed)));
-        QVERIFY2(elapsed < 1000, qPrintable(QString::number(elapsed)));
     }
-    QCOMPARE(requests.count(), names.size());
+    const qint64 elapsed = timer.elapsed();
+
+    QCOMPARE(requests.count(), toolTipRounds);
+    // The answer was in before the wait would have begun: none waited.
+    QVERIFY2(elapsed < toolTipRoundsLimit, qPrintable(QString::number(elapsed)));
+}
+
+void TestCompile::toolTipFromOtherThreadBeforeWaitIsReturnedWithoutWaiting()
+{
+    EditWindow *w = window;
+    // The answer comes from the host's thread, done before the request returns.
+    connect(w, &EditWindow::operToolTipRequest, w,
+            [w](const QString &name) {
+                JoiningThread host { std::thread([w, name] { w->operToolTipAnswer(tipFor(name)); }) };
+            },
+            Qt::DirectConnection);
+
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < toolTipRounds; ++i) {
+        const QString name = QStringLiteral("op%1").arg(i);
+        QCOMPARE(w->getOperToolTip(name), tipFor(name));
+    }
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY2(elapsed < toolTipRoundsLimit, qPrintable(QString::number(elapsed)));
 }
 
 void TestCompile::toolTipAnsweredFromOtherThreadReachesCaller()
@@ -335,7 +465,35 @@ void TestCompile::toolTipAnsweredFromOtherThreadReachesCaller()
     }
 }
 
-void TestCompile::runWithSynchronousTablesAnswerWaitsOutTimeout()
+// An answer queued to the window's own thread cannot arrive while the
+// window waits on that thread: the request gets the text stored before,
+// and the answer serves the next request that gets none.
+void TestCompile::toolTipQueuedToGuiThreadServesNextRequest()
+{
+    EditWindow *w = window;
+    int answers = 0;
+    const QMetaObject::Connection connection = connect(
+        w, &EditWindow::operToolTipRequest, w,
+        [w, &answers](const QString &name) {
+            w->operToolTipAnswer(tipFor(name));
+            ++answers;
+        },
+        Qt::QueuedConnection);
+
+    QElapsedTimer timer;
+    timer.start();
+    const QString first = w->getOperToolTip(QStringLiteral("add"));
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY(first.isEmpty());
+    QCOMPARE(answers, 0);
+    QVERIFY2(elapsed >= 9, qPrintable(QString::number(elapsed)));
+
+    QTRY_COMPARE(answers, 1);
+    QVERIFY(disconnect(connection));
+    QCOMPARE(w->getOperToolTip(QStringLiteral("print")), tipFor(QStringLiteral("add")));
+}
+
+void TestCompile::runWithSynchronousTablesAnswerDoesNotWait()
 {
     OperationRecord operations[2] = {};
     operations[0].name = "add";
@@ -364,8 +522,35 @@ void TestCompile::runWithSynchronousTablesAnswerWaitsOutTimeout()
                                            QString::fromLatin1(operations[1].name) };
     QCOMPARE(w->operationNames(), expectedOperations);
     QCOMPARE(w->typeNames(), QStringList { stringTypeText() });
-    // The wake-up came before the wait began and was lost.
-    QVERIFY2(elapsed >= 1900, qPrintable(QString::number(elapsed)));
+    QVERIFY2(elapsed < 1000, qPrintable(QString::number(elapsed)));
+}
+
+// The host's thread has answered before the request returns, so before
+// run() begins to wait.
+void TestCompile::runWithTablesFromOtherThreadBeforeWaitDoesNotWait()
+{
+    OperationRecord operations[1] = {};
+    operations[0].name = "div";
+    TypeRecord types[1] = {};
+    types[0].name = numberTypeBytes;
+    ARRAY operationTable = tableOf(operations);
+    ARRAY typeTable = tableOf(types);
+
+    EditWindow *w = window;
+    connect(w, &EditWindow::tablesRequest, w,
+            [w, &operationTable, &typeTable] {
+                JoiningThread host { std::thread([&] { w->tablesAnswer(&operationTable, &typeTable); }) };
+            },
+            Qt::DirectConnection);
+
+    QElapsedTimer timer;
+    timer.start();
+    w->run();
+    const qint64 elapsed = timer.elapsed();
+
+    QVERIFY2(elapsed < 1000, qPrintable(QString::number(elapsed)));
+    QCOMPARE(w->operationNames(), QStringList { QString::fromLatin1(operations[0].name) });
+    QCOMPARE(w->typeNames(), QStringList { numberTypeText() });
 }
 
 void TestCompile::runWithTablesFromOtherThreadReturnsEarly()
@@ -380,7 +565,7 @@ void TestCompile::runWithTablesFromOtherThreadReturnsEarly()
     types[1].name = "flag";
 
     EditWindow *w = window;
-    ThreadedTablesHost host(w, tableOf(operations), tableOf(types), ThreadedTablesHost::AnswerUntilFinished);
+    ThreadedTablesHost host(w, tableOf(operations), tableOf(types));
     QSignalSpy requests(w, &EditWindow::tablesRequest);
     QVERIFY(requests.isValid());
     host.answerRequests();
@@ -402,6 +587,192 @@ void TestCompile::runWithTablesFromOtherThreadReturnsEarly()
                                       QString::fromLatin1(types[0].secondName),
                                       QString::fromLatin1(types[1].name) };
     QCOMPARE(w->typeNames(), expectedTypes);
+}
+
+// The highlighter and the completer read the lists on the window's thread
+// at any time: an answer from the host's thread after run() gave up waiting
+// leaves them alone, and its names are added on the window's thread.
+void TestCompile::tablesAfterRunTimedOutReachListsOnGuiThread()
+{
+    OperationRecord operations[2] = {};
+    operations[0].name = "and";
+    operations[0].secondName = "both";
+    operations[1].name = "or";
+    TypeRecord types[1] = {};
+    types[0].name = stringTypeBytes;
+    ARRAY operationTable = tableOf(operations);
+    ARRAY typeTable = tableOf(types);
+
+    EditWindow *w = window;
+    QElapsedTimer timer;
+    timer.start();
+    w->run();
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY2(elapsed >= 1900, qPrintable(QString::number(elapsed)));
+    QVERIFY(w->operationNames().isEmpty());
+
+    std::atomic<bool> answered { false };
+    JoiningThread host { std::thread([&] {
+        w->tablesAnswer(&operationTable, &typeTable);
+        answered.store(true);
+    }) };
+    qsizetype namesSeen = 0;
+    while (!answered.load())
+        namesSeen += w->operationNames().size() + w->typeNames().size();
+    host.join();
+    QCOMPARE(namesSeen, 0);
+    QVERIFY(w->operationNames().isEmpty());
+    QVERIFY(w->typeNames().isEmpty());
+
+    const QStringList expectedOperations { QString::fromLatin1(operations[0].name),
+                                           QString::fromLatin1(operations[0].secondName),
+                                           QString::fromLatin1(operations[1].name) };
+    QTRY_COMPARE(w->operationNames(), expectedOperations);
+    QCOMPARE(w->typeNames(), QStringList { stringTypeText() });
+}
+
+// ---------------------------------------------------------------------------
+// Compile and debug requests
+
+void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms_data()
+{
+    projectListings();
+}
+
+// b is in the current project: the whole project is compiled, and its
+// changed programs are saved first; x, outside it, is not.
+void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    edit("b", QStringLiteral("2"));
+    QVERIFY(makeCurrent("b"));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(!isChanged("b"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt_data()
+{
+    projectListings();
+}
+
+void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("x"));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "x.zu" });
+    QCOMPARE(programBytes("x"), QByteArray("9X\n"));
+    QCOMPARE(programBytes("a"), QByteArray("A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("B\n"));
+    QVERIFY(isChanged("a"));
+    QVERIFY(!isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks_data()
+{
+    QTest::addColumn<QByteArray>("project");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("request");
+    QTest::newRow("project program") << projectOnce << "b" << "p.zup";
+    QTest::newRow("project program, a listed twice") << projectTwice << "a" << "p.zup";
+    QTest::newRow("other program") << projectOnce << "x" << "x.zu";
+}
+
+// Every click asks again, whether or not the host has answered.
+void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks()
+{
+    QFETCH(QByteArray, project);
+    QFETCH(QString, current);
+    QFETCH(QString, request);
+    QVERIFY(openProjectAndPrograms(project));
+    QVERIFY(makeCurrent(qPrintable(current)));
+
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { request });
+    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { request });
+    for (const char *name : { "a", "b", "x" }) {
+        QVERIFY2(!programWritten(name), name);
+        QCOMPARE(programBytes(name), QByteArray(name).toUpper() + "\n");
+    }
+    QVERIFY(isAged(QStringLiteral("p.zup")));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+}
+
+void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram_data()
+{
+    projectListings();
+}
+
+void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("b", QStringLiteral("2"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("x"));
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(!isChanged("b"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
+}
+
+void TestCompile::debugWithProjectProgramCurrentSavesItToo_data()
+{
+    projectListings();
+}
+
+void TestCompile::debugWithProjectProgramCurrentSavesItToo()
+{
+    QFETCH(QByteArray, project);
+    QVERIFY(openProjectAndPrograms(project));
+    edit("a", QStringLiteral("1"));
+    edit("x", QStringLiteral("9"));
+    QVERIFY(makeCurrent("a"));
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
+    QVERIFY(!programWritten("b"));
+    QCOMPARE(programBytes("x"), QByteArray("X\n"));
+    QVERIFY(!isChanged("a"));
+    QVERIFY(isChanged("x"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
+}
+
+// A save that fails says so in a box; a second save of the same program,
+// listed twice, would say it twice. The request goes out all the same.
+void TestCompile::programListedTwiceIsSavedOnce()
+{
+    QVERIFY(openProjectAndPrograms(projectTwice));
+    // Windows-1251 has no byte for this character: the save fails.
+    edit("a", QString::fromUtf8("程"));
+    QVERIFY(makeCurrent("x"));
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
+    QCOMPARE(answerer.shown.size(), 1);
+    QVERIFY2(answerer.shown.at(0).text.startsWith(QStringLiteral("a\n")), qPrintable(answerer.shown.at(0).text));
+    QCOMPARE(programBytes("a"), QByteArray("A\n"));
+    QVERIFY(isChanged("a"));
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(projectTwice));
 }
 
 void TestCompile::maxConsoleLinesBoundsConsoleBlocks_data()

@@ -1397,7 +1397,7 @@ void TestMainWindow::runWithAnswerFromAnotherThreadReturnsPromptly()
 
     int requests = 0;
     connect(window, &EditWindow::tablesRequest, window, [&requests] { ++requests; }, Qt::DirectConnection);
-    ThreadedTablesHost host(window, operationTable, typeTable, ThreadedTablesHost::AnswerAfterWaitBegins);
+    ThreadedTablesHost host(window, operationTable, typeTable);
     host.answerRequests();
 
     QElapsedTimer timer;

@@ -213,7 +213,7 @@ private slots:
     void saveBeforeRunWithAutoSaveOnSavesNamedProgram();
     void saveBeforeRunRefusesBadNameOnce();
     void saveCurrentProgSavesOnlyModifiedCurrent();
-    void saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent();
+    void saveChangedProgOrProjSavesProjectOnlyForItsProgram();
 
 private:
     bool makeWindow();
@@ -1490,7 +1490,9 @@ void TestTabs::saveCurrentProgSavesOnlyModifiedCurrent()
     QVERIFY(editorAt(0)->isChanged());
 }
 
-void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
+// What compiling the current program saves: the program, and the changed
+// programs of the current project only when the program is one of them.
+void TestTabs::saveChangedProgOrProjSavesProjectOnlyForItsProgram()
 {
     // Project p holds a and b; c and d are outside it.
     for (const char *name : { "a", "b", "c", "d" })
@@ -1507,16 +1509,21 @@ void TestTabs::saveAllChangedProgsSavesModifiedProjectProgramsAndCurrent()
     QCOMPARE(tabs->currentIndex(), 3);
     BoxAnswerer answerer(QMessageBox::Cancel, BoxAnswerer::AcceptInputs);
 
-    window->saveAllChangedProgs();
+    window->saveChangedProgOrProj();
+    QCOMPARE(programBytes(QStringLiteral("d")), QByteArray("4text\n"));
+    QVERIFY(!editorAt(3)->isChanged());
+    QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("text\n"));
+    QVERIFY(editorAt(0)->isChanged());
 
-    QVERIFY(answerer.shown.isEmpty());
+    // b, unchanged, is of the project: a is saved with it, c is not.
+    tabs->setCurrentIndex(1);
+    window->saveChangedProgOrProj();
     QCOMPARE(programBytes(QStringLiteral("a")), QByteArray("1text\n"));
+    QVERIFY(!editorAt(0)->isChanged());
     QVERIFY(!writtenSinceCreated(QStringLiteral("b")));
     QCOMPARE(programBytes(QStringLiteral("c")), QByteArray("text\n"));
     QVERIFY(editorAt(2)->isChanged());
-    QCOMPARE(programBytes(QStringLiteral("d")), QByteArray("4text\n"));
-    QVERIFY(!editorAt(0)->isChanged());
-    QVERIFY(!editorAt(3)->isChanged());
+    QVERIFY(answerer.shown.isEmpty());
 }
 
 QTEST_MAIN(TestTabs)

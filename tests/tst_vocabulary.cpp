@@ -3,6 +3,7 @@
 
 #include <QtTest>
 
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
@@ -48,8 +49,9 @@ QList<QByteArray> typeNames(const ARRAY *table)
 }
 
 // The plug-in's end of the two exchanges, as the editor window plays it: a
-// request emitted holding the mutex, then a wait for the answer slot, which
-// takes no lock.
+// request emitted without the lock, then a wait for the answer slot, which
+// takes the lock and marks the answer in, so that an answer that comes
+// before the wait is kept.
 class PluginSockets : public QObject
 {
     Q_OBJECT
@@ -58,23 +60,24 @@ public:
     // Whether the answer came before the plug-in's time-out.
     bool requestTables()
     {
-        QMutexLocker locker(&mutex);
+        expectAnswer();
         emit tablesRequest();
-        return answered.wait(&mutex, 2000);
+        return waitForAnswer(2000);
     }
 
     QString requestToolTip(const QString &name)
     {
-        QMutexLocker locker(&mutex);
+        expectAnswer();
         emit operToolTipRequest(name);
-        answered.wait(&mutex, 10);
+        waitForAnswer(10);
+        QMutexLocker locker(&mutex);
         return toolTip;
     }
 
+    // Read once the answering thread has been joined.
     QList<QByteArray> operations;
     QList<QByteArray> types;
     QThread *answeringThread = nullptr;
-    QString toolTip;
 
 signals:
     void tablesRequest();
@@ -83,21 +86,42 @@ signals:
 public slots:
     void tablesAnswer(ARRAY *operationTable, ARRAY *typeTable)
     {
+        QMutexLocker locker(&mutex);
         operations = operationNames(operationTable);
         types = typeNames(typeTable);
         answeringThread = QThread::currentThread();
+        arrived = true;
         answered.wakeAll();
     }
 
     void operToolTipAnswer(QString text)
     {
+        QMutexLocker locker(&mutex);
         toolTip = text;
-        answered.wakeOne();
+        arrived = true;
+        answered.wakeAll();
     }
 
 private:
+    void expectAnswer()
+    {
+        QMutexLocker locker(&mutex);
+        arrived = false;
+    }
+
+    bool waitForAnswer(int timeout)
+    {
+        QMutexLocker locker(&mutex);
+        const QDeadlineTimer deadline(timeout);
+        while (!arrived && answered.wait(&mutex, deadline)) {
+        }
+        return arrived;
+    }
+
     QMutex mutex;
     QWaitCondition answered;
+    bool arrived = false;
+    QString toolTip;
 };
 
 // The character format over the first occurrence of `word` in the document,
@@ -393,10 +417,11 @@ void TestVocabulary::editorColoursTheNames()
              QTextCharFormat().foreground().color());
 }
 
-// The host answers the tables once run() waits for them: an answer before
-// the wait would be lost and run() would sit out its two-second time-out.
-// Timed in the process, on run() alone: starting a process, on a loaded
-// machine or under a sanitizer or an emulator, takes longer than that.
+// The host answers the tables from its worker at once, and run() keeps an
+// answer that comes before it begins to wait, instead of sitting out its
+// two-second time-out. Timed in the process, on run() alone: starting a
+// process, on a loaded machine or under a sanitizer or an emulator, takes
+// longer than that.
 void TestVocabulary::runGetsTablesWithoutTimeOut()
 {
     SettingsStore store(m_dir.filePath(QStringLiteral("tables.ini")));

@@ -330,8 +330,13 @@ void ZuSourceCode::insertCompleter(QString)
 {
 }
 
-void ZuSourceCode::restoreCursorPosition(int)
+// A position beyond the document is refused by the text cursor, which
+// then stays where it was.
+void ZuSourceCode::restoreCursorPosition(int position)
 {
+    QTextCursor cursor = textCursor();
+    cursor.setPosition(position);
+    setTextCursor(cursor);
 }
 
 void ZuSourceCode::newCursorPosition()

@@ -112,13 +112,10 @@ void EditWindow::disableProgProj()
 
 void EditWindow::run()
 {
-    mutex.lock();
-    emit tablesRequest();
-    // A host that answers from inside the emission has already woken us
-    // before the wait starts; the wake-up is lost and we wait it out, with
-    // the tables already in place.
-    waitCond.wait(&mutex, 2000);
-    mutex.unlock();
+    // Without an answer in time, start-up goes on with no names; they are
+    // added when the answer comes.
+    askHost(tablesArrived, 2000, [this] { emit tablesRequest(); });
+    takeArrivedTables();
 
     openProgsList(QStringList(openedList));
     findOpenTab(openedTab);

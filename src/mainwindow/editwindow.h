@@ -12,6 +12,8 @@
 #include <QVariant>
 #include <QWaitCondition>
 
+#include <functional>
+
 #include "cursorhistorypos.h"
 #include "editorwindowinterface.h"
 #include "hosttables.h"
@@ -97,7 +99,10 @@ public:
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
     void saveCurrentProg();
-    void saveAllChangedProgs();
+    void saveChangedProgOrProj();
+
+    // Cursor history (editwindow_history.cpp)
+    void restorePos();
 
     // Search (editwindow_search.cpp)
     void storeSearchSettings();
@@ -184,6 +189,9 @@ private:
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
+    bool historyPlaceUsable(int index, int limit);
+    void askHost(bool &answered, int timeout, const std::function<void()> &request);
+    void takeArrivedTables();
     void makeConnections();
 
     Ui::EditWindow *ui;
@@ -191,6 +199,13 @@ private:
     QStringList typeList;
     QWaitCondition waitCond;
     QMutex mutex;
+    // Guarded by the mutex: what the host's answer slots hand over.
+    bool tablesArrived = false;
+    QStringList arrivedOperations;
+    QStringList arrivedTypes;
+    bool toolTipArrived = false;
+    QString toolTipText;
+
     QFileSystemWatcher dirWatcher;
     bool newItemMode = false;
     bool stopped = false;
@@ -204,7 +219,6 @@ private:
     int historyPos = -1;
     QStringList openedList;
     QString openedTab;
-    QString toolTipText;
     Syntaxer *syntaxer = nullptr;
     QCompleter *completer = nullptr;
 

@@ -165,11 +165,9 @@ void EditWindow::saveChangedInProj()
         ZuSourceCode *editor = editorAt(tab);
         if (!editor || !editor->isChanged() || tab == current)
             continue;
-        const QString name = ui->tabWidget->tabText(tab);
-        for (int row = 0; row < ui->currentProjectList->count(); ++row) {
-            if (ui->currentProjectList->item(row)->text() == name)
-                editor->toSave();
-        }
+        // A program listed twice is still written once.
+        if (isProgInProj(ui->tabWidget->tabText(tab)))
+            editor->toSave();
     }
 }
 

@@ -316,9 +316,12 @@ void EditWindow::saveCurrentProg()
         editor->toSave();
 }
 
-void EditWindow::saveAllChangedProgs()
+// What compiling the current program takes: the whole current project,
+// when the program is one of it.
+void EditWindow::saveChangedProgOrProj()
 {
-    saveChangedInProj();
+    if (isProgInProj(currTabName()))
+        saveChangedInProj();
     saveCurrentProg();
 }
 
