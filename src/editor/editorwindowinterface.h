@@ -3,6 +3,8 @@
 
 #include <QString>
 
+class QCompleter;
+
 // What an editor asks of the window that holds its tab. The calls are
 // direct and synchronous: the editor acts on their effect at once, and a
 // tool tip comes back as the return value.
@@ -23,6 +25,11 @@ public:
     virtual void cursorNextPosition(int limit) = 0;
 
     virtual QString getOperToolTip(QString name) = 0;
+    // The completer all editors share, pointed at the current one; null
+    // while the window has none.
+    virtual QCompleter *sharedCompleter() const = 0;
+    // Whether typing offers completions (the AutoComplete setting).
+    virtual bool isAutoComplete() const = 0;
 
     // The program's file could not be read into the editor: the window
     // tells the user, in a box of its own or with others that failed.

@@ -6,13 +6,20 @@
 #include "programname.h"
 #include "linenumberarea.h"
 
+#include <QAbstractItemView>
+#include <QCompleter>
 #include <QFile>
 #include <QFileInfo>
+#include <QHelpEvent>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QSaveFile>
+#include <QScrollBar>
+#include <QTextBlock>
 #include <QTextCodec>
 #include <QTextStream>
+#include <QToolTip>
 
 ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *editWindow, QString)
     : QPlainTextEdit(page)
@@ -326,14 +333,247 @@ void ZuSourceCode::resizeEvent(QResizeEvent *event)
     lineNumberArea->setGeometry(QRect(contents.left(), contents.top(), lineNumberAreaWidth(), contents.height()));
 }
 
-void ZuSourceCode::insertCompleter(QString)
+// ---------------------------------------------------------------------------
+// Keys, completion and tool tips
+
+namespace {
+
+bool isBlank(QChar ch)
 {
+    return ch == QLatin1Char(' ') || ch == QLatin1Char('\t');
 }
 
-// A position beyond the document is refused by the text cursor, which
-// then stays where it was.
+} // namespace
+
+// The completer all editors share, when it serves this one.
+QCompleter *ZuSourceCode::completer() const
+{
+    QCompleter *shared = editWindow->sharedCompleter();
+    return shared && shared->widget() == this ? shared : nullptr;
+}
+
+bool ZuSourceCode::popupVisible() const
+{
+    QCompleter *c = completer();
+    return c && c->popup()->isVisible();
+}
+
+// Whether the popup's current row is longer than the word typed: once the
+// whole name is typed there is nothing left to insert.
+bool ZuSourceCode::popupWouldInsert() const
+{
+    QCompleter *c = completer();
+    const QModelIndex current = c->popup()->currentIndex();
+    return current.isValid()
+           && current.data(c->completionRole()).toString().size() > c->completionPrefix().size();
+}
+
+// A popup offered for another word than the one now left of the cursor
+// would complete the wrong text.
+void ZuSourceCode::closeStalePopup()
+{
+    QCompleter *c = completer();
+    if (c && c->popup()->isVisible() && c->completionPrefix() != currentText())
+        c->popup()->hide();
+}
+
+int ZuSourceCode::documentEnd() const
+{
+    return document()->characterCount() - 1;
+}
+
+void ZuSourceCode::keyPressEvent(QKeyEvent *e)
+{
+    const int key = e->key();
+    const Qt::KeyboardModifiers modifiers = e->modifiers();
+    const bool isReturn = key == Qt::Key_Return || key == Qt::Key_Enter;
+
+    // The popup's own keys go back to the completer, which completes or
+    // closes. Return on a name typed in full would complete nothing, so it
+    // closes the popup and makes the new line.
+    if (popupVisible()) {
+        if (isReturn && !popupWouldInsert()) {
+            completer()->popup()->hide();
+        } else if (isReturn || key == Qt::Key_Escape || key == Qt::Key_Tab || key == Qt::Key_Backtab) {
+            e->ignore();
+            return;
+        }
+    }
+
+    if (key == Qt::Key_Backspace) {
+        QPlainTextEdit::keyPressEvent(e);
+        if (!currentText().isEmpty())
+            startCompleter();
+        else
+            closeStalePopup();
+    } else if (key == Qt::Key_Space && (modifiers & Qt::ControlModifier)) {
+        startCompleter();
+    } else if ((key == Qt::Key_Tab || key == Qt::Key_Backtab) && textCursor().hasSelection()) {
+        shiftSelectedLines(key == Qt::Key_Backtab);
+    } else if (isReturn) {
+        newLine(modifiers.testFlag(Qt::ShiftModifier));
+    } else if (key == Qt::Key_Left && (modifiers & Qt::AltModifier)) {
+        editWindow->cursorPrevPosition(documentEnd());
+    } else if (key == Qt::Key_Right && (modifiers & Qt::AltModifier)) {
+        editWindow->cursorNextPosition(documentEnd());
+    } else {
+        QPlainTextEdit::keyPressEvent(e);
+        // Control characters (Delete, Escape) end a word as delimiters do.
+        const QString text = e->text();
+        if (!text.isEmpty() && text.back().isPrint() && !isDelimiter(text.back())
+            && !(modifiers & (Qt::ControlModifier | Qt::AltModifier)))
+            startCompleter();
+        else
+            closeStalePopup();
+    }
+}
+
+// Tab puts a TAB before every line of the selection, Backtab takes one
+// TAB or blank from the start of each, as one undo step.
+void ZuSourceCode::shiftSelectedLines(bool unindent)
+{
+    QTextCursor selection = textCursor();
+    const int start = selection.selectionStart();
+    const int end = selection.selectionEnd();
+    QTextBlock block = document()->findBlock(start);
+    const int lines = document()->findBlock(end).blockNumber() - block.blockNumber() + 1;
+
+    QTextCursor edit(document());
+    edit.beginEditBlock();
+    for (int i = 0; i < lines; ++i, block = block.next()) {
+        edit.setPosition(block.position());
+        if (!unindent)
+            edit.insertText(QStringLiteral("\t"));
+        else if (isBlank(document()->characterAt(block.position())))
+            edit.deleteChar();
+    }
+    edit.endEditBlock();
+    if (!unindent)
+        return;
+
+    // The new selection counts one character off every line, whether the
+    // line had one to lose or not; at the start of the text it stops there.
+    const int last = documentEnd();
+    selection.setPosition(qBound(0, start - 1, last));
+    selection.setPosition(qBound(0, end - lines, last), QTextCursor::KeepAnchor);
+    setTextCursor(selection);
+}
+
+// A real new line even with Shift held (which would otherwise break the
+// line inside the same block), indented, undone in one step.
+void ZuSourceCode::newLine(bool withClosingBrace)
+{
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.insertBlock();
+    setTextCursor(cursor);
+    doIndent(withClosingBrace);
+    cursor.endEditBlock();
+    ensureCursorVisible();
+}
+
+void ZuSourceCode::doIndent(bool withClosingBrace)
+{
+    QTextCursor cursor = textCursor();
+    const QString previous = cursor.block().previous().text();
+    int indentEnd = 0;
+    while (indentEnd < previous.size() && isBlank(previous.at(indentEnd)))
+        ++indentEnd;
+    const QString indentation = previous.left(indentEnd);
+    const bool opensBlock = previous.contains(QLatin1Char('{'));
+
+    if (opensBlock && withClosingBrace) {
+        const int here = cursor.position();
+        cursor.insertText(QLatin1Char('\n') + indentation + QLatin1Char('}'));
+        cursor.setPosition(here);
+    }
+    cursor.insertText(opensBlock ? indentation + QLatin1Char('\t') : indentation);
+    setTextCursor(cursor);
+}
+
+QString ZuSourceCode::currentText() const
+{
+    const QTextCursor cursor = textCursor();
+    const int lineStart = cursor.block().position();
+    int start = cursor.position();
+    while (start > lineStart && !isDelimiter(document()->characterAt(start - 1)))
+        --start;
+    QTextCursor word(document());
+    word.setPosition(start);
+    word.setPosition(cursor.position(), QTextCursor::KeepAnchor);
+    return word.selectedText();
+}
+
+void ZuSourceCode::startCompleter()
+{
+    const QString prefix = currentText();
+    // In the editor's coordinates: the viewport lies right of the gutter.
+    const QRect cursorArea = cursorRect().translated(viewport()->pos());
+    QCompleter *c = completer();
+
+    // No name is empty: the host need not be asked.
+    const QString tip = prefix.isEmpty() ? QString() : editWindow->getOperToolTip(prefix);
+    if (!tip.isEmpty()) {
+        if (c)
+            c->popup()->hide();
+        QToolTip::showText(mapToGlobal(cursorArea.bottomLeft()), tip, this);
+        return;
+    }
+    if (!c || !editWindow->isAutoComplete())
+        return;
+
+    QAbstractItemView *popup = c->popup();
+    if (c->completionPrefix() != prefix || !popup->isVisible()) {
+        c->setCompletionPrefix(prefix);
+        popup->setCurrentIndex(c->completionModel()->index(0, 0));
+    }
+    QRect area = cursorArea;
+    area.setWidth(popup->sizeHintForColumn(0) + popup->verticalScrollBar()->sizeHint().width());
+    c->complete(area);
+}
+
+void ZuSourceCode::insertCompleter(QString completion)
+{
+    QCompleter *c = completer();
+    if (!c)
+        return;
+    const int untyped = completion.size() - c->completionPrefix().size();
+    if (untyped <= 0)
+        return;
+    QTextCursor cursor = textCursor();
+    cursor.insertText(completion.right(untyped));
+    setTextCursor(cursor);
+}
+
+bool ZuSourceCode::event(QEvent *e)
+{
+    if (e->type() != QEvent::ToolTip)
+        return QPlainTextEdit::event(e);
+    auto *help = static_cast<QHelpEvent *>(e);
+    // Over the gutter or a scroll bar there is no word.
+    if (!viewport()->geometry().contains(help->pos()))
+        return QPlainTextEdit::event(e);
+
+    QTextCursor cursor = cursorForPosition(viewport()->mapFrom(this, help->pos()));
+    cursor.select(QTextCursor::WordUnderCursor);
+    const QString word = cursor.selectedText();
+    const QString tip = word.isEmpty() ? QString() : editWindow->getOperToolTip(word);
+    if (tip.isEmpty())
+        QToolTip::hideText();
+    else
+        QToolTip::showText(help->globalPos(), tip, this);
+    return true;
+}
+
+// ---------------------------------------------------------------------------
+// Cursor history and the compiler's error mark
+
 void ZuSourceCode::restoreCursorPosition(int position)
 {
+    // The place was recorded in a text that may since have become shorter:
+    // a place beyond its end is refused and the cursor stays where it is.
+    if (position < 0 || position > documentEnd())
+        return;
     QTextCursor cursor = textCursor();
     cursor.setPosition(position);
     setTextCursor(cursor);
@@ -341,8 +581,61 @@ void ZuSourceCode::restoreCursorPosition(int position)
 
 void ZuSourceCode::newCursorPosition()
 {
+    const int position = textCursor().position();
+    if (position >= 0)
+        editWindow->storeCursorToHistory(objectName(), position);
+}
+
+QTextCursor ZuSourceCode::selectWordAt(unsigned line, unsigned column)
+{
+    // Past the last line (line 0 wraps round to the largest) is the end of
+    // the text, past the end of a line the end of that line.
+    int lineEnd = documentEnd();
+    int start = lineEnd;
+    if (line - 1 < unsigned(blockCount())) {
+        const QTextBlock block = document()->findBlockByNumber(int(line - 1));
+        lineEnd = block.position() + block.length() - 1;
+        start = block.position() + int(qMin(column, unsigned(block.length() - 1)));
+    }
+    int end = start;
+    while (end < lineEnd && !isDelimiter(document()->characterAt(end)))
+        ++end;
+
+    QTextCursor cursor(document());
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+    return cursor;
+}
+
+// The mark is drawn over the text rather than put into it, so it changes
+// neither the modified state nor the undo steps, and the highlighter, which
+// sets the text's colours anew, leaves it alone.
+void ZuSourceCode::setErrorPosition(unsigned line, unsigned column, unsigned code)
+{
+    errorCode = code;
+    errorLine = line;
+    errorColumn = column;
+
+    QTextEdit::ExtraSelection mark;
+    mark.cursor = selectWordAt(line, column);
+    mark.format.setUnderlineColor(Qt::red);
+    mark.format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
+    setExtraSelections({ mark });
+
+    // The cursor waits at the start of the word; that step is not a place
+    // of its own in the history.
+    QTextCursor wordStart = mark.cursor;
+    wordStart.clearSelection();
+    wordStart.movePosition(QTextCursor::PreviousWord);
+    const bool wasBlocked = blockSignals(true);
+    setTextCursor(wordStart);
+    blockSignals(wasBlocked);
+    setFocus(Qt::OtherFocusReason);
 }
 
 void ZuSourceCode::clearErrorPosition()
 {
+    setExtraSelections({});
+    errorCode = 0;
 }

@@ -3,9 +3,11 @@
 
 #include <QFileSystemWatcher>
 #include <QPlainTextEdit>
+#include <QTextCursor>
 #include <QTimer>
 
 class EditorWindowInterface;
+class QCompleter;
 class LineNumberArea;
 
 // The editor of one open program, one per tab. The program's name is the
@@ -31,6 +33,22 @@ public:
     bool isRedoAvailable() const { return redoAvailable; }
     bool isCompileEnabled() const { return compileEnabled; }
 
+    // The part of the word being typed left of the cursor, possibly empty.
+    QString currentText() const;
+    // The operation's tool tip for the word being typed, or else the
+    // completion popup for it.
+    void startCompleter();
+    // Indents the line Enter has just made like the line above it, one TAB
+    // deeper below an opening brace; withClosingBrace adds the closing
+    // brace's line below it.
+    void doIndent(bool withClosingBrace);
+    // Lines count from 1, columns from 0. Selects from the column to the
+    // end of its word and makes that the editor's cursor; a position past
+    // the end of a line or of the text means the end.
+    QTextCursor selectWordAt(unsigned line, unsigned column);
+    // Marks the compiler's error at the word there with a red wavy line.
+    void setErrorPosition(unsigned line, unsigned column, unsigned code);
+
 public slots:
     bool saveFile(QString filename);
     bool toSave();
@@ -52,8 +70,18 @@ private slots:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void keyPressEvent(QKeyEvent *e) override;
+    bool event(QEvent *e) override;
 
 private:
+    QCompleter *completer() const;
+    bool popupVisible() const;
+    bool popupWouldInsert() const;
+    void closeStalePopup();
+    bool isDelimiter(QChar ch) const { return delimiters.contains(ch); }
+    void shiftSelectedLines(bool unindent);
+    void newLine(bool withClosingBrace);
+    int documentEnd() const;
     QString takeWatchedPath();
     void watchAgain(const QString &path);
     QString textForFile() const;

@@ -54,7 +54,7 @@ public:
 
     // Values the settings exchange hands to the window
     void setAutoComplete(bool on) { autoComplete = on; }
-    bool isAutoComplete() const { return autoComplete; }
+    bool isAutoComplete() const override { return autoComplete; }
     void setAutoSaveOnExec(bool on) { autoSaveOnExec = on; }
     bool isAutoSaveOnExec() const { return autoSaveOnExec; }
     void setProgramsDir(const QString &dir);
@@ -98,6 +98,7 @@ public:
     QString currTabName() const;
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
+    QCompleter *sharedCompleter() const override { return completer; }
     void saveCurrentProg();
     void saveChangedProgOrProj();
 
