@@ -266,6 +266,11 @@ void Syntaxer::matchPatterns(const QString &text, QVector<Match> &matches) const
 
 void Syntaxer::highlightBlock(const QString &text)
 {
+    // An uncoloured line ends a comment that runs over lines.
+    if (text.size() > longestColouredLine) {
+        setCurrentBlockState(0);
+        return;
+    }
     lineMatches.clear();
     matchWords(text, lineMatches);
     matchPlainAndSimple(text, lineMatches);
