@@ -3,6 +3,8 @@
 #include <QBrush>
 #include <QFont>
 
+#include "syntaxer.h"
+
 namespace {
 
 QTextCharFormat referenceFormat(Qt::GlobalColor colour, int weight)
@@ -65,6 +67,11 @@ ReferenceSyntaxer::ReferenceSyntaxer(QTextDocument *document, const QStringList 
 
 void ReferenceSyntaxer::highlightBlock(const QString &text)
 {
+    // Long lines stay uncoloured, as in the editor.
+    if (text.size() > Syntaxer::longestColouredLine) {
+        setCurrentBlockState(0);
+        return;
+    }
     for (const Rule &rule : qAsConst(highRules)) {
         int index = rule.pattern.indexIn(text);
         while (index >= 0) {

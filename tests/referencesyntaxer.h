@@ -10,8 +10,9 @@
 class QTextDocument;
 
 // The highlighter written rule by rule, with nothing made faster: every
-// rule's pattern runs over every line, in rule order, then the backtick
-// pass. The tests and the benchmark hold the editor's highlighter to it.
+// rule's pattern runs over every line short enough to colour, in rule
+// order, then the backtick pass. The tests and the benchmark hold the
+// editor's highlighter to it.
 class ReferenceSyntaxer : public QSyntaxHighlighter
 {
 public:

@@ -127,6 +127,8 @@ private slots:
     void singleBacktickIsGreyOnItsOwn();
     void laterRulesOverwriteEarlierOnes();
     void blockStateIsZeroAfterHighlighting();
+    void longLineLeftUnhighlighted();
+    void lineGrowingPastTheLimitLosesItsColours();
 
     // Agreement with the reference
     void generatedProgramMatchesReference();
@@ -467,6 +469,45 @@ void TestHighlight::blockStateIsZeroAfterHighlighting()
         QCOMPARE(block.userState(), 0);
     QCOMPARE(colourMap(document->findBlockByNumber(0)), QStringLiteral("R.C."));
     QCOMPARE(colourMap(document->findBlockByNumber(6)), QStringLiteral("GCG.C"));
+}
+
+// "put 12 " over and over, cut to the length.
+static QString repeatedLine(int length)
+{
+    const QString unit = QStringLiteral("put 12 ");
+    return unit.repeated(length / unit.size() + 1).left(length);
+}
+
+static QString repeatedColours(int length)
+{
+    return QStringLiteral("RRR.BB.").repeated(length / 7 + 1).left(length);
+}
+
+void TestHighlight::longLineLeftUnhighlighted()
+{
+    // The long line is uncoloured even inside a comment, and ends it.
+    const QString text = QStringLiteral("`\n") + repeatedLine(10001) + QStringLiteral("\nput 12\n")
+        + repeatedLine(10000);
+    const QStringList operations = { QStringLiteral("put") };
+    QCOMPARE(colours(text, operations, {}),
+             QStringList({ QStringLiteral("C"), QString(10001, QLatin1Char('.')),
+                           QStringLiteral("RRR.BB"), repeatedColours(10000) }));
+    compareWithReference(text, operations, {});
+}
+
+void TestHighlight::lineGrowingPastTheLimitLosesItsColours()
+{
+    ZuSourceCode *editor = highlighted(repeatedLine(10000), { QStringLiteral("put") }, {});
+    QVERIFY(editor);
+    const QTextBlock line = editor->document()->firstBlock();
+    QCOMPARE(colourMap(line), repeatedColours(10000));
+
+    QTextCursor cursor(editor->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(QStringLiteral("2"));
+    QCOMPARE(colourMap(line), QString(10001, QLatin1Char('.')));
+    cursor.deletePreviousChar();
+    QCOMPARE(colourMap(line), repeatedColours(10000));
 }
 
 // ---------------------------------------------------------------------------

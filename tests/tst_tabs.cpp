@@ -168,6 +168,7 @@ private slots:
     // Opening and switching
     void openingTabLoadsProgramAndRecordsOpenedList();
     void highlighterAndCompleterFollowCurrentTab();
+    void currentTabSelectedAgainKeepsItsColours();
     void switchingTabsBindsButtonsToCurrentEditor();
     void tabChangedWithoutTabChangesNothing();
 
@@ -466,6 +467,22 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
     QCOMPARE(completer->widget(), first);
     QVERIFY(takeCompletionLink(completer, first));
     QVERIFY(!takeCompletionLink(completer, second));
+}
+
+void TestTabs::currentTabSelectedAgainKeepsItsColours()
+{
+    QVERIFY(showWindowOverTwoPrograms());
+    ZuSourceCode *editor = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(editor);
+    const QTextBlock line = editor->document()->firstBlock();
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(line, 0), QColor(Qt::red), 2000);
+
+    // Asked for again, the open program's tab is selected again: its lines
+    // are neither uncoloured nor laid out anew.
+    QSignalSpy changes(editor->document(), &QTextDocument::contentsChange);
+    QCOMPARE(editorOf(window->addTextTab(QStringLiteral("a"))), editor);
+    QCOMPARE(colourAt(line, 0), QColor(Qt::red));
+    QCOMPARE(changes.count(), 0);
 }
 
 void TestTabs::switchingTabsBindsButtonsToCurrentEditor()

@@ -26,7 +26,6 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *e
     , editWindow(editWindow)
     , page(page)
 {
-    loadFile(name);
     setObjectName(name);
     setFont(QFont(QStringLiteral("courier"), fontSize));
     const QRect underscore = QFontMetrics(font()).boundingRect(QLatin1Char('_'));
@@ -34,6 +33,10 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *e
     setWordWrapMode(QTextOption::NoWrap);
     delimiters = QStringLiteral("{}\\;., \t():");
     lineNumberArea = new LineNumberArea(this);
+    // The text is laid out as it is set, and again on each change of font,
+    // tab stops or wrapping: it comes last, so that a line of megabytes is
+    // laid out once.
+    loadFile(name);
 
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ZuSourceCode::updateLineNumberAreaWidth);
     connect(this, &QPlainTextEdit::updateRequest, this, &ZuSourceCode::updateLineNumberArea);

@@ -66,6 +66,13 @@ Syntaxer::Syntaxer(QTextDocument *document, const QStringList &operations, const
     simpleFirstChars.resize(0x10000);
     singleCharLiterals.resize(0x10000);
     literalPairs.resize(0x10000);
+    // A QRegExp made from a pattern, or copied, compiles the pattern at
+    // once: for a host's hundred thousand names that takes seconds and
+    // hundreds of megabytes. A pattern set on a rule in place is compiled
+    // when first used, which most name rules never are, so the list has
+    // room for every rule from the start (a rule per name, the last one
+    // again and four fixed rules) and never copies them.
+    rules.reserve(operations.size() + types.size() + 5);
 
     // Operation names with one of these characters are coloured wherever
     // they occur, also inside other words.
@@ -75,7 +82,9 @@ Syntaxer::Syntaxer(QTextDocument *document, const QStringList &operations, const
     auto addNameRule = [&](const QString &name, bool wholeWord, const QTextCharFormat &format) {
         const QString pattern = wholeWord ? QStringLiteral("\\b(") + name + QStringLiteral(")\\b")
                                           : QLatin1Char('(') + name + QLatin1Char(')');
-        rules.append(HighRule { QRegExp(pattern), format });
+        rules.resize(rules.size() + 1);
+        rules.last().pattern.setPattern(pattern);
+        rules.last().format = format;
         addMatcher(rules.size() - 1, name, wholeWord);
         lastName = name;
         lastWholeWord = wholeWord;
@@ -266,6 +275,11 @@ void Syntaxer::matchPatterns(const QString &text, QVector<Match> &matches) const
 
 void Syntaxer::highlightBlock(const QString &text)
 {
+    // An uncoloured line ends a comment that runs over lines.
+    if (text.size() > longestColouredLine) {
+        setCurrentBlockState(0);
+        return;
+    }
     lineMatches.clear();
     matchWords(text, lineMatches);
     matchPlainAndSimple(text, lineMatches);

@@ -32,6 +32,11 @@ public:
         QTextCharFormat format;
     };
 
+    // Longer lines are left uncoloured: their matches and the layout of
+    // their colours would cost seconds on every keystroke in a line of
+    // megabytes.
+    static constexpr int longestColouredLine = 10000;
+
     Syntaxer(QTextDocument *document, const QStringList &operations, const QStringList &types,
              QObject *parent = nullptr);
 

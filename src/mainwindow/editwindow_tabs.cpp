@@ -168,7 +168,9 @@ void EditWindow::tabChanged(int index)
         return;
 
     changeCompleter(editor);
-    if (editor->document() && syntaxer)
+    // Setting the document it already has would take the colours off every
+    // line and lay them all out again before colouring them anew.
+    if (syntaxer && syntaxer->document() != editor->document())
         syntaxer->setDocument(editor->document());
     for (QPushButton *button : { ui->saveProgramButton, ui->saveAsProgramButton, ui->undoButton, ui->redoButton })
         disconnect(button, &QPushButton::clicked, nullptr, nullptr);
