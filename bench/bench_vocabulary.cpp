@@ -6,13 +6,15 @@
 //
 // Each size runs in a process of its own (the program runs itself with
 // --names N), so that the peak memory is that size's alone. The vocabulary
-// is examples/vocabulary followed by generated operations, each with a tool
-// tip and every other one with a Cyrillic second name, and types (one name
-// in five), read by the host's own Vocabulary as zuhost reads its file.
+// is examples/vocabulary followed by generated entries, read by the host's
+// own Vocabulary as zuhost reads its file: operations, each with a tool
+// tip and every other one with a Cyrillic second name, and a type in every
+// fifth entry. The program's lines use all the names.
 //
 // The figures: "tables" is the window taking the host's answer, "tab" the
 // opening of the program up to its first repaint, highlighted; the memory
-// is resident before the window, after the tab is open, and at the peak.
+// is resident before the host's answer, once the tab is open, and at the
+// peak.
 
 #include <QApplication>
 #include <QElapsedTimer>
