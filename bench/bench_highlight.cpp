@@ -28,6 +28,7 @@
 #include <limits>
 #include <memory>
 
+#include "highlightcomparison.h"
 #include "referencesyntaxer.h"
 #include "syntaxer.h"
 #include "zusamples.h"
@@ -54,17 +55,6 @@ double best(int repetitions, const std::function<void()> &prepare, const std::fu
         fastest = qMin(fastest, timer.nsecsElapsed() / 1e9);
     }
     return fastest;
-}
-
-// A document with its text in formats: a check that the run coloured it.
-int colouredLines(const QTextDocument *document)
-{
-    int lines = 0;
-    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
-        if (!block.layout()->formats().isEmpty())
-            ++lines;
-    }
-    return lines;
 }
 
 // The highlighters with highlightBlock() callable from here.

@@ -29,6 +29,7 @@
 #include "benchsupport.h"
 #include "benchwindow.h"
 #include "editwindow.h"
+#include "highlightcomparison.h"
 #include "vocabulary.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
@@ -121,16 +122,6 @@ struct Figures
     double residentAfter = 0;
     double peakResident = 0;
 };
-
-int colouredLines(const QTextDocument *document)
-{
-    int lines = 0;
-    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
-        if (!block.layout()->formats().isEmpty())
-            ++lines;
-    }
-    return lines;
-}
 
 // Opens the program with a vocabulary of `names` names; false on failure.
 bool measure(int names, Figures &figures)

@@ -1,5 +1,8 @@
 #include "highlightcomparison.h"
 
+#include "referencesyntaxer.h"
+#include "syntaxer.h"
+
 #include <QBrush>
 #include <QColor>
 #include <QFont>
@@ -120,4 +123,39 @@ QString firstDifference(const QTextDocument *actual, const QTextDocument *expect
     if (differing == 0)
         return QString();
     return QStringLiteral("%1 line(s) differ from the reference; the first is %2").arg(differing).arg(first);
+}
+
+QString differenceFromReference(const QStringList &lines, const QStringList &operations,
+                                const QStringList &types)
+{
+    const QString text = lines.join(QLatin1Char('\n'));
+    QTextDocument actual;
+    actual.setPlainText(text);
+    Syntaxer syntaxer(&actual, operations, types);
+    syntaxer.rehighlight();
+    QTextDocument expected;
+    expected.setPlainText(text);
+    ReferenceSyntaxer reference(&expected, operations, types);
+    reference.rehighlight();
+
+    const QString difference = firstDifference(&actual, &expected);
+    if (difference.isEmpty())
+        return difference;
+    auto quoted = [](const QStringList &names) {
+        QStringList parts;
+        for (const QString &name : names)
+            parts << QLatin1Char('"') + name + QLatin1Char('"');
+        return QLatin1Char('{') + parts.join(QStringLiteral(", ")) + QLatin1Char('}');
+    };
+    return QStringLiteral("operations %1, types %2: %3").arg(quoted(operations), quoted(types), difference);
+}
+
+int colouredLines(const QTextDocument *document)
+{
+    int lines = 0;
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+        if (!block.layout()->formats().isEmpty())
+            ++lines;
+    }
+    return lines;
 }

@@ -35,33 +35,6 @@ QString patternOf(const Syntaxer::HighRule &rule)
     return rule.pattern.pattern();
 }
 
-// Empty when the highlighter colours the lines as the reference does;
-// otherwise the names and the first line that differs.
-QString differenceFromReference(const QStringList &lines, const QStringList &operations,
-                                const QStringList &types)
-{
-    const QString text = lines.join(QLatin1Char('\n'));
-    QTextDocument actual;
-    actual.setPlainText(text);
-    Syntaxer syntaxer(&actual, operations, types);
-    syntaxer.rehighlight();
-    QTextDocument expected;
-    expected.setPlainText(text);
-    ReferenceSyntaxer reference(&expected, operations, types);
-    reference.rehighlight();
-
-    const QString difference = firstDifference(&actual, &expected);
-    if (difference.isEmpty())
-        return difference;
-    auto quoted = [](const QStringList &names) {
-        QStringList parts;
-        for (const QString &name : names)
-            parts << QLatin1Char('"') + name + QLatin1Char('"');
-        return QLatin1Char('{') + parts.join(QStringLiteral(", ")) + QLatin1Char('}');
-    };
-    return QStringLiteral("operations %1, types %2: %3").arg(quoted(operations), quoted(types), difference);
-}
-
 // Each name alone, inside a word, between punctuation and twice in a row.
 QStringList linesAround(const QStringList &names)
 {
