@@ -99,6 +99,10 @@ void TestChecker::verdicts_data()
     QTest::newRow("clean program")
             << QStringLiteral("int sum = 0;\nfor (i, 1, 10)\n{\n\tsum = sum + i;\n};\n"
                               "print(\"Сумма: \", sum);\n") << 0 << 0 << 0;
+    QTest::newRow("control words and calls, with and without blanks")
+            << QStringLiteral("for (i, 1, 2)\n{\n\tif (i == 1) { print (i); } else { print(sqrt(i)); };\n"
+                              "\twhile(0) { break; };\n};\nfloat f(float x) { return (x); };\n")
+            << 0 << 0 << 0;
     QTest::newRow("brace not closed at the end")
             << QStringLiteral("for (i, 1, 3)\n{\n\tprint(i);\n") << 12 << 2 << 0;
     QTest::newRow("brace left open by a later one")
