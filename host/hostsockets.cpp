@@ -97,6 +97,7 @@ void HostSockets::answerOperToolTip(const QString &name)
 void HostSockets::compile(const QString &fileName)
 {
     QTextStream(stdout) << "zuhost: compile " << fileName << Qt::endl;
+    emit compileRequested(fileName);
 }
 
 void HostSockets::reportCompilerErrors(bool found)

@@ -39,6 +39,8 @@ public:
 signals:
     void editProgramRequested(const QString &name);
     void saveFileIfChanged(const QString &name);
+    // The plug-in asks for a program or project to be compiled.
+    void compileRequested(const QString &fileName);
     void compilerMessage(const QString &text);
     void programsDirChanged(const QString &hostDir, const QString &programsDir);
     // The plug-in asks for the settings editor on its page.

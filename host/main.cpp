@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "compileoptions.h"
 #include "pluginhost.h"
 #include "settingsstore.h"
 #include "vocabulary.h"
@@ -65,10 +66,14 @@ int main(int argc, char *argv[])
             QStringLiteral("Quit after <ms> milliseconds."), QStringLiteral("ms"));
     parser.addOptions({moduleOption, settingsOption, vocabularyOption, dirOption,
                        screenshotOption, quitAfterOption});
+    CompileOptions compileOptions;
+    compileOptions.addTo(parser);
     parser.addPositionalArgument(QStringLiteral("names"),
             QStringLiteral("Programs or projects to open once the editor runs."),
             QStringLiteral("[names...]"));
     parser.process(app);
+    if (!compileOptions.read(parser))
+        return 1;
 
     int quitAfter = -1;
     if (parser.isSet(quitAfterOption)) {
@@ -88,6 +93,14 @@ int main(int argc, char *argv[])
     const QString modulePath = absolutePath(moduleOption);
     const QString screenshotPath = absolutePath(screenshotOption);
     const QString vocabularyPath = absolutePath(vocabularyOption);
+
+    // Checking needs neither the settings nor the plug-in.
+    if (compileOptions.checkOnly()) {
+        Vocabulary vocabulary;
+        if (!loadVocabulary(vocabulary, vocabularyPath, parser.isSet(vocabularyOption)))
+            return 1;
+        return compileOptions.check(vocabulary, parser.value(dirOption));
+    }
 
     SettingsStore store(absolutePath(settingsOption));
     // Found now rather than when the settings are written at exit.
@@ -114,6 +127,7 @@ int main(int argc, char *argv[])
         qWarning("%s", qPrintable(host.errorString()));
         return 2;
     }
+    compileOptions.apply(host);
     host.start();
     host.openPrograms(parser.positionalArguments());
 

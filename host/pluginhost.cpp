@@ -26,8 +26,11 @@ QMetaMethod descriptorSlot(const QObject *object, const char *signature)
 PluginHost::PluginHost(SettingsStore *store, QObject *parent)
     : QObject(parent)
     , m_store(store)
+    , m_compiler(m_sockets.vocabulary())
 {
     connect(&m_sockets, &HostSockets::settingsRequested, this, &PluginHost::editSettings);
+    connect(&m_sockets, &HostSockets::compileRequested, &m_compiler, &CompilerRunner::compile);
+    connect(&m_compiler, &CompilerRunner::messageReady, &m_sockets, &HostSockets::compilerMessage);
 }
 
 PluginHost::~PluginHost()
@@ -74,6 +77,11 @@ Vocabulary &PluginHost::vocabulary()
     return m_sockets.vocabulary();
 }
 
+CompilerRunner &PluginHost::compiler()
+{
+    return m_compiler;
+}
+
 void PluginHost::start()
 {
     m_sockets.pair(m_descriptor->socketObject, m_descriptor->sockets,
@@ -105,6 +113,7 @@ void PluginHost::finish(int exitCode)
     if (m_finished)
         return;
     m_finished = true;
+    emit finishing();
 
     bool stopped = false;
     descriptorSlot(m_window, m_descriptor->stopSlot)

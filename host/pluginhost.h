@@ -5,6 +5,7 @@
 #include <QPluginLoader>
 #include <QPointer>
 
+#include "compilerrunner.h"
 #include "hostsockets.h"
 #include "settingelement.h"
 
@@ -32,12 +33,19 @@ public:
     // Answers the plug-in's tables and tool tips; load it before start().
     Vocabulary &vocabulary();
 
+    // Compiles what the plug-in asks for and hands it the message.
+    CompilerRunner &compiler();
+
     void start();
     void openPrograms(const QStringList &names);
     QWidget *window() const;
 
     // Stops the plug-in, keeps what it reports and ends the event loop.
     void finish(int exitCode = 0);
+
+signals:
+    // The plug-in is about to be stopped; its window is as the user left it.
+    void finishing();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -59,6 +67,7 @@ private:
     SEGINTERFACES *m_descriptor = nullptr;
     QPointer<QWidget> m_window;
     HostSockets m_sockets;
+    CompilerRunner m_compiler;
     QString m_error;
     bool m_finished = false;
 };
