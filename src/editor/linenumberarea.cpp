@@ -1,5 +1,6 @@
 #include "linenumberarea.h"
 
+#include "linepieces.h"
 #include "zusourcecode.h"
 
 #include <QPainter>
@@ -22,19 +23,23 @@ void LineNumberArea::paintEvent(QPaintEvent *event)
     painter.fillRect(event->rect(), Qt::lightGray);
 
     QTextBlock block = editor->firstVisibleBlock();
-    int number = block.blockNumber();
+    int number = editor->lineNumber(block);
     int top = int(editor->blockBoundingGeometry(block).translated(editor->contentOffset()).top());
     int bottom = top + int(editor->blockBoundingRect(block).height());
     const int width = editor->lineNumberAreaWidth();
     const int lineHeight = editor->fontMetrics().height();
 
     painter.setPen(Qt::black);
+    // The further pieces of a long line have no number of their own.
+    bool continues = LinePieces::continuesLine(block);
     while (block.isValid() && top <= event->rect().bottom()) {
-        if (block.isVisible() && bottom >= event->rect().top())
-            painter.drawText(0, top, width, lineHeight, Qt::AlignRight, QString::number(number + 1));
+        if (block.isVisible() && bottom >= event->rect().top() && !continues)
+            painter.drawText(0, top, width, lineHeight, Qt::AlignRight, QString::number(number));
         block = block.next();
         top = bottom;
         bottom = top + int(editor->blockBoundingRect(block).height());
-        ++number;
+        continues = LinePieces::continuesLine(block);
+        if (!continues)
+            ++number;
     }
 }

@@ -5,6 +5,7 @@
 #include "filewrite.h"
 #include "programname.h"
 #include "linenumberarea.h"
+#include "linepieces.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
@@ -14,6 +15,7 @@
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -94,7 +96,10 @@ bool ZuSourceCode::loadFile(QString name)
     // A program that starts with the letters of a byte order mark is still
     // windows-1251.
     in.setAutoDetectUnicode(false);
-    setPlainText(in.readAll());
+    QVector<int> continuing;
+    setPlainText(LinePieces::cut(in.readAll(), &continuing));
+    LinePieces::mark(document(), continuing);
+    hasPieces = !continuing.isEmpty();
     if (file.error() != QFileDevice::NoError) {
         editWindow->loadFailed(tr("Ошибка чтения файла"), name, file.errorString());
         return false;
@@ -104,25 +109,12 @@ bool ZuSourceCode::loadFile(QString name)
     return true;
 }
 
-// The document's text as the file holds it: lines joined by LF. Unlike
-// toPlainText() this keeps no-break spaces, which are letters of the code
-// page like any other.
+// The document's text as the file holds it: lines joined by LF, the
+// pieces of a long line joined again. Unlike toPlainText() this keeps
+// no-break spaces, which are letters of the code page like any other.
 QString ZuSourceCode::textForFile() const
 {
-    QString text = document()->toRawText();
-    for (QChar &ch : text) {
-        switch (ch.unicode()) {
-        case QChar::ParagraphSeparator:
-        case QChar::LineSeparator:
-        case 0xfdd0: // frame start
-        case 0xfdd1: // frame end
-            ch = QLatin1Char('\n');
-            break;
-        default:
-            break;
-        }
-    }
-    return text;
+    return LinePieces::fileText(document(), 0, documentEnd());
 }
 
 // The text goes to a temporary file that replaces the program only once it
@@ -403,7 +395,10 @@ void ZuSourceCode::keyPressEvent(QKeyEvent *e)
         }
     }
 
-    if (key == Qt::Key_Backspace) {
+    if ((key == Qt::Key_Backspace || key == Qt::Key_Delete) && modifiers == Qt::NoModifier
+        && deleteAcrossPieces(key == Qt::Key_Backspace)) {
+        closeStalePopup();
+    } else if (key == Qt::Key_Backspace) {
         QPlainTextEdit::keyPressEvent(e);
         if (!currentText().isEmpty())
             startCompleter();
@@ -438,12 +433,18 @@ void ZuSourceCode::shiftSelectedLines(bool unindent)
     QTextCursor selection = textCursor();
     const int start = selection.selectionStart();
     const int end = selection.selectionEnd();
-    QTextBlock block = document()->findBlock(start);
-    const int lines = document()->findBlock(end).blockNumber() - block.blockNumber() + 1;
+    const QTextBlock last = document()->findBlock(end);
 
+    // The pieces of a long line take no TAB of their own: it would land in
+    // the middle of the line.
     QTextCursor edit(document());
+    int lines = 0;
     edit.beginEditBlock();
-    for (int i = 0; i < lines; ++i, block = block.next()) {
+    for (QTextBlock block = LinePieces::lineStart(document()->findBlock(start));
+         block.isValid() && block.blockNumber() <= last.blockNumber(); block = block.next()) {
+        if (LinePieces::continuesLine(block))
+            continue;
+        ++lines;
         edit.setPosition(block.position());
         if (!unindent)
             edit.insertText(QStringLiteral("\t"));
@@ -456,10 +457,46 @@ void ZuSourceCode::shiftSelectedLines(bool unindent)
 
     // The new selection counts one character off every line, whether the
     // line had one to lose or not; at the start of the text it stops there.
-    const int last = documentEnd();
-    selection.setPosition(qBound(0, start - 1, last));
-    selection.setPosition(qBound(0, end - lines, last), QTextCursor::KeepAnchor);
+    const int textEnd = documentEnd();
+    selection.setPosition(qBound(0, start - 1, textEnd));
+    selection.setPosition(qBound(0, end - lines, textEnd), QTextCursor::KeepAnchor);
     setTextCursor(selection);
+}
+
+// Between two pieces of a long line the file has no character: Backspace
+// and Delete there take the character beyond, as they do inside a line.
+// An emptied piece just joins its neighbour.
+bool ZuSourceCode::deleteAcrossPieces(bool backwards)
+{
+    QTextCursor cursor = textCursor();
+    if (!hasPieces || cursor.hasSelection())
+        return false;
+    const QTextBlock block = cursor.block();
+    if (backwards) {
+        if (!cursor.atBlockStart() || !LinePieces::continuesLine(block) || block.previous().length() <= 1)
+            return false;
+        cursor.movePosition(QTextCursor::PreviousCharacter);
+        cursor.deletePreviousChar();
+    } else {
+        const QTextBlock next = block.next();
+        if (!cursor.atBlockEnd() || !LinePieces::continuesLine(next) || next.length() <= 1)
+            return false;
+        cursor.setPosition(next.position());
+        cursor.deleteChar();
+    }
+    ensureCursorVisible();
+    return true;
+}
+
+// Copied text is the file's: no line break between the pieces of a line.
+QMimeData *ZuSourceCode::createMimeDataFromSelection() const
+{
+    if (!hasPieces)
+        return QPlainTextEdit::createMimeDataFromSelection();
+    const QTextCursor cursor = textCursor();
+    auto *data = new QMimeData;
+    data->setText(LinePieces::fileText(document(), cursor.selectionStart(), cursor.selectionEnd()));
+    return data;
 }
 
 // A real new line even with Shift held (which would otherwise break the
@@ -468,7 +505,7 @@ void ZuSourceCode::newLine(bool withClosingBrace)
 {
     QTextCursor cursor = textCursor();
     cursor.beginEditBlock();
-    cursor.insertBlock();
+    cursor.insertBlock(LinePieces::withoutMark(cursor.blockFormat()));
     setTextCursor(cursor);
     doIndent(withClosingBrace);
     cursor.endEditBlock();
@@ -478,7 +515,7 @@ void ZuSourceCode::newLine(bool withClosingBrace)
 void ZuSourceCode::doIndent(bool withClosingBrace)
 {
     QTextCursor cursor = textCursor();
-    const QString previous = cursor.block().previous().text();
+    const QString previous = LinePieces::lineStart(cursor.block().previous()).text();
     int indentEnd = 0;
     while (indentEnd < previous.size() && isBlank(previous.at(indentEnd)))
         ++indentEnd;
@@ -589,14 +626,31 @@ void ZuSourceCode::newCursorPosition()
         editWindow->storeCursorToHistory(objectName(), position);
 }
 
+int ZuSourceCode::lineNumber(const QTextBlock &block) const
+{
+    return hasPieces ? LinePieces::lineNumber(block) : block.blockNumber() + 1;
+}
+
+QTextBlock ZuSourceCode::findLine(unsigned line) const
+{
+    if (line - 1 >= unsigned(blockCount()))
+        return QTextBlock();
+    return hasPieces ? LinePieces::findLine(document(), int(line)) : document()->findBlockByNumber(int(line - 1));
+}
+
 QTextCursor ZuSourceCode::selectWordAt(unsigned line, unsigned column)
 {
     // Past the last line (line 0 wraps round to the largest) is the end of
     // the text, past the end of a line the end of that line.
     int lineEnd = documentEnd();
     int start = lineEnd;
-    if (line - 1 < unsigned(blockCount())) {
-        const QTextBlock block = document()->findBlockByNumber(int(line - 1));
+    QTextBlock block = findLine(line);
+    if (block.isValid()) {
+        // A column past a piece's end lies in the pieces after it.
+        while (column > unsigned(block.length() - 1) && LinePieces::continuesLine(block.next())) {
+            column -= unsigned(block.length() - 1);
+            block = block.next();
+        }
         lineEnd = block.position() + block.length() - 1;
         start = block.position() + int(qMin(column, unsigned(block.length() - 1)));
     }

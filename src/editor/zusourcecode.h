@@ -8,6 +8,8 @@
 
 class EditorWindowInterface;
 class QCompleter;
+class QMimeData;
+class QTextBlock;
 class LineNumberArea;
 
 // The editor of one open program, one per tab. The program's name is the
@@ -46,6 +48,11 @@ public:
     // end of its word and makes that the editor's cursor; a position past
     // the end of a line or of the text means the end.
     QTextCursor selectWordAt(unsigned line, unsigned column);
+    // The number of the program line a block shows, counting from 1; a
+    // very long line is shown in several blocks (see linepieces.h).
+    int lineNumber(const QTextBlock &block) const;
+    // The first block of a program line, or an invalid block past the end.
+    QTextBlock findLine(unsigned line) const;
     // Marks the compiler's error at the word there with a red wavy line.
     void setErrorPosition(unsigned line, unsigned column, unsigned code);
 
@@ -72,6 +79,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *e) override;
     bool event(QEvent *e) override;
+    QMimeData *createMimeDataFromSelection() const override;
 
 private:
     QCompleter *completer() const;
@@ -81,6 +89,7 @@ private:
     bool isDelimiter(QChar ch) const { return delimiters.contains(ch); }
     void shiftSelectedLines(bool unindent);
     void newLine(bool withClosingBrace);
+    bool deleteAcrossPieces(bool backwards);
     int documentEnd() const;
     QString takeWatchedPath();
     void watchAgain(const QString &path);
@@ -102,6 +111,7 @@ private:
     bool redoAvailable = false;
     bool undoAvailable = false;
     bool compileEnabled = true;
+    bool hasPieces = false; // a line was too long to show in one block
     QTimer idleTimer;
 
     // Outside tools write a file in several steps; while the user is being
