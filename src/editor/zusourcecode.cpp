@@ -696,3 +696,118 @@ void ZuSourceCode::clearErrorPosition()
     setExtraSelections({});
     errorCode = 0;
 }
+
+// ---------------------------------------------------------------------------
+// Search and replace
+
+namespace {
+
+// For the whole-word test a no-break space is a blank, as the document's
+// own search takes it.
+QChar searchable(QChar ch)
+{
+    return ch == QChar::Nbsp ? QLatin1Char(' ') : ch;
+}
+
+// Where in one line the document's search, run from the line's start again
+// and again, each time from the end of what it found last, finds `what`;
+// with `replace`, each found occurrence having been replaced with `with`
+// before the next search. That next search starts after the inserted text,
+// so only the whole-word test sees the replacement: as the character
+// before an occurrence that follows it directly. Like the document's search, an
+// occurrence refused as part of a longer word moves the search one
+// character past its end. Each search in the document would copy the
+// line again; here a long line full of occurrences is read once.
+QVector<int> occurrences(QString line, const QString &what, const QString &with, bool replace,
+                         QTextDocument::FindFlags flags)
+{
+    line.replace(QChar::Nbsp, QLatin1Char(' '));
+    const Qt::CaseSensitivity cs = flags.testFlag(QTextDocument::FindCaseSensitively) ? Qt::CaseSensitive
+                                                                                       : Qt::CaseInsensitive;
+    QVector<int> starts;
+    int replacedEnd = -1;   // where the last replacement ends, in the line as it was
+    QChar beforeReplaced;   // the character before that place once replaced
+    auto charBefore = [&](int position) {
+        if (position == replacedEnd)
+            return beforeReplaced;
+        return position > 0 ? line.at(position - 1) : QChar();
+    };
+    int from = 0;
+    while (from <= line.size()) {
+        const int start = line.indexOf(what, from, cs);
+        if (start < 0)
+            break;
+        const int end = start + what.size();
+        if (flags.testFlag(QTextDocument::FindWholeWords)
+            && (charBefore(start).isLetterOrNumber() || (end < line.size() && line.at(end).isLetterOrNumber()))) {
+            from = end + 1;
+            continue;
+        }
+        starts << start;
+        if (replace) {
+            beforeReplaced = with.isEmpty() ? charBefore(start) : searchable(with.back());
+            replacedEnd = end;
+        }
+        from = end;
+    }
+    return starts;
+}
+
+} // namespace
+
+int ZuSourceCode::searchAndReplace(QString what, QString with, bool replace, bool ignoreCase, bool wholeWords,
+                                   bool all)
+{
+    if (what.isEmpty())
+        return 0;
+    QTextDocument::FindFlags flags;
+    if (!ignoreCase)
+        flags |= QTextDocument::FindCaseSensitively;
+    if (wholeWords)
+        flags |= QTextDocument::FindWholeWords;
+    if (all)
+        return handleAll(what, with, replace, flags);
+
+    if (!find(what, flags))
+        return 0;
+    // The editor's cursor moves past the inserted text: the next search
+    // starts there.
+    if (replace)
+        textCursor().insertText(with);
+    return 1;
+}
+
+// Every occurrence from the start of the text, found line by line as the
+// search from each to the next finds them, all replacements made in one
+// edit block: one undo step, and the document is laid out and highlighted
+// again once, at its end. The editor's cursor ends where the search from
+// one occurrence to the next would leave it: past the last replacement or
+// on the last occurrence, or else at the start.
+int ZuSourceCode::handleAll(const QString &what, const QString &with, bool replace, QTextDocument::FindFlags flags)
+{
+    const int growth = replace ? with.size() - what.size() : 0;
+    QTextCursor edit(document());
+    QTextCursor last(document());
+    int count = 0;
+    edit.beginEditBlock();
+    for (QTextBlock block = document()->begin(); block.isValid();) {
+        const int lineStart = block.position();
+        const int nextLine = lineStart + block.length();
+        const bool lastLine = !block.next().isValid();
+        const QVector<int> starts = occurrences(block.text(), what, with, replace, flags);
+        // From the line's end back: the places found before stay where they were.
+        for (int i = starts.size() - 1; i >= 0; --i) {
+            edit.setPosition(lineStart + starts.at(i));
+            edit.setPosition(lineStart + starts.at(i) + what.size(), QTextCursor::KeepAnchor);
+            if (replace)
+                edit.insertText(with);
+            if (i == starts.size() - 1)
+                last = edit;
+        }
+        count += starts.size();
+        block = lastLine ? QTextBlock() : document()->findBlock(nextLine + growth * starts.size());
+    }
+    edit.endEditBlock();
+    setTextCursor(last);
+    return count;
+}

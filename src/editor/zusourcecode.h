@@ -4,6 +4,7 @@
 #include <QFileSystemWatcher>
 #include <QPlainTextEdit>
 #include <QTextCursor>
+#include <QTextDocument>
 #include <QTimer>
 
 class EditorWindowInterface;
@@ -55,6 +56,11 @@ public:
     QTextBlock findLine(unsigned line) const;
     // Marks the compiler's error at the word there with a red wavy line.
     void setErrorPosition(unsigned line, unsigned column, unsigned code);
+    // Selects the next occurrence of `what` after the cursor, and replaces
+    // it with `with` when asked; with `all`, every occurrence from the start
+    // of the text, the replacements one undo step. Returns how many
+    // occurrences were handled. An empty `what` occurs nowhere.
+    int searchAndReplace(QString what, QString with, bool replace, bool ignoreCase, bool wholeWords, bool all);
 
 public slots:
     bool saveFile(QString filename);
@@ -96,6 +102,7 @@ private:
     QString textForFile() const;
     void askAboutOutsideChange(const QString &path);
     void clearErrorPosition();
+    int handleAll(const QString &what, const QString &with, bool replace, QTextDocument::FindFlags flags);
 
     LineNumberArea *lineNumberArea;
     int tabSize = 4;

@@ -107,6 +107,7 @@ public:
 
     // Search (editwindow_search.cpp)
     void storeSearchSettings();
+    void searchAndReplace(bool replace, bool all);
 
 signals:
     void tablesRequest();
@@ -194,6 +195,9 @@ private:
     void askHost(bool &answered, int timeout, const std::function<void()> &request);
     void takeArrivedTables();
     void makeConnections();
+    int searchEditor(ZuSourceCode *editor, bool replace, bool all);
+    void searchProjectOnce(bool replace);
+    int searchAllInProject(bool replace);
 
     Ui::EditWindow *ui;
     QStringList operList;
