@@ -1112,8 +1112,8 @@ void TestMainWindow::searchPanelButtonsReachWindowOnce()
 {
     QFETCH(QString, name);
 
-    // Their slots do nothing to see yet: the connections themselves are
-    // checked, one from the button and one into the window.
+    // The connections themselves are checked, one from the button and one
+    // into the window; what the slots do is tst_search's.
     auto *button = window->searchPanel()->findChild<QPushButton *>(name);
     QVERIFY(button);
     QCOMPARE(dumpConnections(button).out.value(QStringLiteral("clicked(bool)")), QStringList { functorReceiver });
