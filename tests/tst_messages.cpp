@@ -198,6 +198,7 @@ private slots:
     void missingLinesGiveNoCodeAndNoColumn_data();
     void missingLinesGiveNoCodeAndNoColumn();
     void caretBeyondCutLineIsStillFound();
+    void wordMovesPastLineEndsReadLaterLines();
     void programNameDropsDirectoryAndLastExtension_data();
     void programNameDropsDirectoryAndLastExtension();
     void systemErrorGivesNumberAndFileText_data();
@@ -400,6 +401,26 @@ void TestMessages::caretBeyondCutLineIsStillFound()
     QCOMPARE(message.column, unsigned(column));
     QCOMPARE(message.line, 2u);
     QCOMPARE(message.code, 9u);
+}
+
+// A word move at the end of a line goes on to the next one: with lines
+// too short for their words, every value comes from a later line than its
+// own, up to the eleventh.
+void TestMessages::wordMovesPastLineEndsReadLaterLines()
+{
+    const CompilerMessage message =
+        CompilerMessage::parse(QStringLiteral("\nIn line #") + QString(9, QLatin1Char('\n')) + QStringLiteral("  ^\n"));
+    QCOMPARE(CompilerMessage::linesRead, 11);
+    QCOMPARE(message.line, 0u);
+    QCOMPARE(message.fileName, QString());
+    QCOMPARE(message.code, 0u);
+    QCOMPARE(message.column, 2u);
+
+    const CompilerMessage longer = CompilerMessage::parse(QStringLiteral("\nIn line #\n7\n\nx 5\n.\na\n^\n"));
+    QCOMPARE(longer.line, 0u);
+    QCOMPARE(longer.fileName, QString());
+    QCOMPARE(longer.code, 5u);
+    QCOMPARE(longer.column, 0u);
 }
 
 void TestMessages::programNameDropsDirectoryAndLastExtension_data()

@@ -15,10 +15,6 @@ const QString systemMarker = QStringLiteral("\nError while");
 const QString readyMarker = QStringLiteral("\nProgram ready to run");
 const QString fileMarker = QStringLiteral("File:");
 
-// Where the located error's values stand (0 is the empty line before the
-// first line feed).
-const int caretLine = 5;
-
 // What a text document takes for the end of a block in plain text; "\r\n"
 // ends one block. U+FDD0 and U+FDD1 are its frame marks.
 bool endsBlock(QChar character)
@@ -56,7 +52,7 @@ QString restOfLine(const QTextCursor &cursor, const QStringList &lines)
 
 void readLocatedError(const QString &message, int maxLineLength, CompilerMessage &result)
 {
-    const QStringList lines = CompilerMessage::leadingLines(message, caretLine + 1);
+    const QStringList lines = CompilerMessage::leadingLines(message, CompilerMessage::linesRead);
     QStringList cutLines;
     for (const QString &line : lines)
         cutLines << line.left(maxLineLength);

@@ -19,7 +19,8 @@
 //
 // and its values are taken only by the cursor moves a user would make over
 // those lines: a layout that is not followed gives 0 for a number, -1 for
-// the column, and whatever text the moves select for the file name.
+// the column, and whatever text the moves select for the file name; a move
+// down past the last line gives nothing at all.
 struct CompilerMessage
 {
     enum Kind {
@@ -33,6 +34,10 @@ struct CompilerMessage
     // laying them out stays cheap; the file name and the column are still
     // taken from the whole line.
     static const int defaultMaxLineLength = 10000;
+    // The lines a located error's cursor moves can reach: six if the
+    // message follows the layout, and one more for each of the five word
+    // moves that passes the end of a line into the next.
+    static const int linesRead = 11;
 
     static CompilerMessage parse(const QString &message, int maxLineLength = defaultMaxLineLength);
 
