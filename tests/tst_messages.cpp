@@ -179,6 +179,21 @@ QStringList lineColours(const QTextDocument *document)
     return colours;
 }
 
+// Counts the paint events of the widgets it filters.
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++count;
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 } // namespace
 
 class TestMessages : public QObject, public WindowFixture
@@ -215,6 +230,7 @@ private slots:
     void onlyNewestEntrysLastLineIsRed();
     void maxLinesKeepsOnlyNewestLines();
     void clearButtonEmptiesConsole();
+    void entryIsPaintedBeforeReturning();
 
     // The window's answer to each kind
     void locatedErrorMarksProgramLogsAndRaisesWindow_data();
@@ -588,6 +604,19 @@ void TestMessages::clearButtonEmptiesConsole()
     QCOMPARE(lineColours(console()->document()), (QStringList { red, QString() }));
 }
 
+// The host may be busy compiling when it sends a message: the entry shows
+// without the event loop.
+void TestMessages::entryIsPaintedBeforeReturning()
+{
+    QVERIFY(makeWindowOverPrograms());
+    QVERIFY(showAndActivate(window));
+    deliverPending();
+    PaintCounter paints;
+    console()->viewport()->installEventFilter(&paints);
+    window->addConsoleErrMsg(QStringLiteral("painted\n"));
+    QVERIFY(paints.count > 0);
+}
+
 // ---------------------------------------------------------------------------
 // The window's answer to each kind
 
@@ -630,20 +659,24 @@ void TestMessages::locatedErrorMarksProgramLogsAndRaisesWindow()
     QCOMPARE(found.first().first().toBool(), true);
 }
 
+// The current program is another: the error is not marked in it.
 void TestMessages::locatedErrorForMissingProgramShowsBoxOnly()
 {
     QVERIFY(makeWindowOverPrograms());
+    QVERIFY(window->addTextTab(QStringLiteral("other")));
     QSignalSpy found(window, &EditWindow::compilerErrorFound);
     BoxAnswerer answerer(QMessageBox::Ok);
 
-    send(locatedError(QStringLiteral("12"), QStringLiteral("dir/absent.zu"), QStringLiteral("17"), caretAt(4)));
+    send(locatedError(QStringLiteral("1"), QStringLiteral("dir/absent.zu"), QStringLiteral("17"), caretAt(0)));
 
     QCOMPARE(answerer.shown.size(), 1);
     QCOMPARE(answerer.shown.first().title, u("ВНИМАНИЕ!"));
     QCOMPARE(answerer.shown.first().text, u("Не найден файл \n\ndir/absent.zu\n\nневозможно установить место ошибки."));
     QCOMPARE(answerer.shown.first().icon, QMessageBox::Critical);
     QCOMPARE(answerer.shown.first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QCOMPARE(tabs->count(), 0);
+    QCOMPARE(tabTexts(tabs), QStringList { QStringLiteral("other") });
+    QVERIFY(editorOf(QStringLiteral("other")));
+    QCOMPARE(editorOf(QStringLiteral("other"))->extraSelections().size(), 0);
     QCOMPARE(console()->toPlainText(), QString());
     QCOMPARE(found.size(), 0);
 }
