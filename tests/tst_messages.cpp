@@ -278,7 +278,8 @@ void TestMessages::cleanup()
 
 bool TestMessages::makeWindowOverPrograms()
 {
-    return enterProgramsDirBesideVictims(tempDir.path()) && writeAgedFile(QStringLiteral("prog.zu"), programOfTwentyLines())
+    return enterProgramsDirBesideVictims(tempDir.path())
+           && writeAgedFile(QStringLiteral("prog.zu"), programOfTwentyLines())
            && writeAgedFile(QStringLiteral("other.zu"), "other\n") && makePluginWindow() && console();
 }
 
@@ -316,7 +317,8 @@ void TestMessages::kindFollowsMarkersInOrder_data()
     QTest::newRow("located marker without line feed") << located.mid(1) << int(CompilerMessage::Other);
     QTest::newRow("located marker later") << QStringLiteral("x") + located << int(CompilerMessage::Other);
     QTest::newRow("located marker in another case") << QStringLiteral("\nin line #3") << int(CompilerMessage::Other);
-    QTest::newRow("system") << QStringLiteral("\nError while opening (2) File: a.zu") << int(CompilerMessage::SystemError);
+    QTest::newRow("system") << QStringLiteral("\nError while opening (2) File: a.zu")
+                            << int(CompilerMessage::SystemError);
     QTest::newRow("system marker later") << QStringLiteral("abc\nError while") << int(CompilerMessage::SystemError);
     QTest::newRow("system before ready") << QStringLiteral("\nProgram ready to run\nError while")
                                          << int(CompilerMessage::SystemError);
@@ -413,7 +415,8 @@ void TestMessages::caretBeyondCutLineIsStillFound()
 {
     const int column = CompilerMessage::defaultMaxLineLength * 3;
     const CompilerMessage message =
-        CompilerMessage::parse(locatedError(QStringLiteral("2"), QStringLiteral("a.zu"), QStringLiteral("9"), caretAt(column)));
+        CompilerMessage::parse(locatedError(QStringLiteral("2"), QStringLiteral("a.zu"), QStringLiteral("9"),
+                                            caretAt(column)));
     QCOMPARE(message.column, unsigned(column));
     QCOMPARE(message.line, 2u);
     QCOMPARE(message.code, 9u);
@@ -716,7 +719,8 @@ void TestMessages::locatedErrorWithBadProgramNameOpensNothing()
 void TestMessages::markerNotAtStartOnlyEmitsFalse_data()
 {
     QTest::addColumn<QString>("message");
-    const QString located = locatedError(QStringLiteral("12"), QStringLiteral("prog.zu"), QStringLiteral("17"), caretAt(4));
+    const QString located =
+        locatedError(QStringLiteral("12"), QStringLiteral("prog.zu"), QStringLiteral("17"), caretAt(4));
     QTest::newRow("no line feed before") << located.mid(1);
     QTest::newRow("text before") << QStringLiteral("Compiling\n") + located;
     QTest::newRow("blank before") << QStringLiteral(" ") + located;
@@ -787,7 +791,8 @@ void TestMessages::systemErrorWithoutFileDropsFiveCharacters()
     send(QStringLiteral("\nError while writing (28)\nno space"));
     const QStringList lines = console()->toPlainText().split(QLatin1Char('\n'));
     QCOMPARE(lines.size(), 3);
-    QVERIFY(isEntry(lines.at(1), u("Системная ошибка! ") + systemErrorText(28) + QStringLiteral(": r while writing (28)")));
+    QVERIFY(isEntry(lines.at(1),
+                    u("Системная ошибка! ") + systemErrorText(28) + QStringLiteral(": r while writing (28)")));
     QCOMPARE(lines.at(2), QStringLiteral("no space"));
     QCOMPARE(lineColours(console()->document()), (QStringList { black, red, plain }));
 }
@@ -815,52 +820,54 @@ void TestMessages::badMessageLeavesFilesAndConsoleUsable_data()
         binary += QChar(ushort(i * 7919 % 65536));
     const QString prog = QStringLiteral("prog.zu");
     const QString one = QStringLiteral("1");
-    auto located = [](const QString &line, const QString &file, const QString &code, const QString &caret) {
-        return locatedError(line, file, code, caret);
-    };
 
     QTest::newRow("empty") << QString() << 0;
     QTest::newRow("megabyte of text") << megabyte << 0;
     QTest::newRow("binary") << binary << 0;
     QTest::newRow("NUL bytes") << QString(100, QChar()) << 0;
     QTest::newRow("located, megabyte header line") << QStringLiteral("\nIn line #") + megabyte << -1;
-    QTest::newRow("located, megabyte file name") << located(one, megabyte + prog, one, caretAt(0)) << -1;
-    QTest::newRow("located, megabyte caret line") << located(one, prog, one, QString(1 << 20, QLatin1Char(' ')) + '^')
-                                                  << 1;
+    QTest::newRow("located, megabyte file name") << locatedError(one, megabyte + prog, one, caretAt(0)) << -1;
+    QTest::newRow("located, megabyte caret line")
+        << locatedError(one, prog, one, QString(1 << 20, QLatin1Char(' ')) + '^') << 1;
     QTest::newRow("located, a million lines") << QStringLiteral("\nIn line #3 of file prog.zu") + QString(1 << 20, '\n')
                                               << 1;
     QTest::newRow("located, binary after header") << QStringLiteral("\nIn line #3 of file prog.zu\n") + binary << 1;
-    QTest::newRow("located, NUL in file name") << located(one, QStringLiteral("pr") + QChar() + QStringLiteral("og.zu"), one, caretAt(0))
-                                               << -1;
+    QTest::newRow("located, NUL in file name")
+        << locatedError(one, QStringLiteral("pr") + QChar() + QStringLiteral("og.zu"), one, caretAt(0)) << -1;
     QTest::newRow("located, marker only") << QStringLiteral("\nIn line #") << -1;
     QTest::newRow("located, header only") << QStringLiteral("\nIn line #12 of file prog.zu") << 1;
     QTest::newRow("located, header and code only") << QStringLiteral("\nIn line #12 of file prog.zu\nError 17") << 1;
     QTest::newRow("located, CR LF line ends")
-        << QStringLiteral("\n") + located(QStringLiteral("12"), prog, QStringLiteral("17"), caretAt(4))
+        << QStringLiteral("\n") + locatedError(QStringLiteral("12"), prog, QStringLiteral("17"), caretAt(4))
                                       .mid(1)
                                       .replace(QLatin1Char('\n'), QStringLiteral("\r\n"))
         << 1;
     // "-" is a word of its own: the words after it are off by one, and the
     // file name begins a word early.
-    QTest::newRow("located, negative line") << located(QStringLiteral("-12"), prog, one, caretAt(0)) << -1;
-    QTest::newRow("located, negative code") << located(one, prog, QStringLiteral("-17"), caretAt(0)) << 1;
+    QTest::newRow("located, negative line") << locatedError(QStringLiteral("-12"), prog, one, caretAt(0)) << -1;
+    QTest::newRow("located, negative code") << locatedError(one, prog, QStringLiteral("-17"), caretAt(0)) << 1;
     QTest::newRow("located, huge numbers")
-        << located(QStringLiteral("99999999999999999999"), prog, QStringLiteral("4294967296"), caretAt(100000)) << 1;
+        << locatedError(QStringLiteral("99999999999999999999"), prog, QStringLiteral("4294967296"), caretAt(100000))
+        << 1;
     QTest::newRow("located, largest numbers")
-        << located(QStringLiteral("4294967295"), prog, QStringLiteral("4294967295"), caretAt(3)) << 1;
-    QTest::newRow("located, line zero") << located(QStringLiteral("0"), prog, one, caretAt(0)) << 1;
-    QTest::newRow("located, not numbers") << located(QStringLiteral("twelve"), prog, QStringLiteral("x"), QStringLiteral("none"))
-                                          << 1;
-    QTest::newRow("located, caret beyond the line") << located(QStringLiteral("2"), prog, one, caretAt(500)) << 1;
-    QTest::newRow("located, line beyond the program") << located(QStringLiteral("500"), prog, one, caretAt(2)) << 1;
+        << locatedError(QStringLiteral("4294967295"), prog, QStringLiteral("4294967295"), caretAt(3)) << 1;
+    QTest::newRow("located, line zero") << locatedError(QStringLiteral("0"), prog, one, caretAt(0)) << 1;
+    QTest::newRow("located, not numbers")
+        << locatedError(QStringLiteral("twelve"), prog, QStringLiteral("x"), QStringLiteral("none")) << 1;
+    QTest::newRow("located, caret beyond the line") << locatedError(QStringLiteral("2"), prog, one, caretAt(500)) << 1;
+    QTest::newRow("located, line beyond the program")
+        << locatedError(QStringLiteral("500"), prog, one, caretAt(2)) << 1;
     QTest::newRow("located, directory that does not exist")
-        << located(one, QStringLiteral("no/such/dir/prog.zu"), one, caretAt(0)) << 1;
-    QTest::newRow("located, up a directory") << located(one, QStringLiteral("../victim.zu"), one, caretAt(0)) << -1;
-    QTest::newRow("located, absolute") << located(one, QStringLiteral("/etc/passwd"), one, caretAt(0)) << -1;
-    QTest::newRow("located, absolute beside") << located(one, QStringLiteral("%1/abs/victim.zu"), one, caretAt(0)) << -1;
-    QTest::newRow("located, directory only") << located(one, QStringLiteral("../"), one, caretAt(0)) << -1;
+        << locatedError(one, QStringLiteral("no/such/dir/prog.zu"), one, caretAt(0)) << 1;
+    QTest::newRow("located, up a directory")
+        << locatedError(one, QStringLiteral("../victim.zu"), one, caretAt(0)) << -1;
+    QTest::newRow("located, absolute") << locatedError(one, QStringLiteral("/etc/passwd"), one, caretAt(0)) << -1;
+    QTest::newRow("located, absolute beside")
+        << locatedError(one, QStringLiteral("%1/abs/victim.zu"), one, caretAt(0)) << -1;
+    QTest::newRow("located, directory only") << locatedError(one, QStringLiteral("../"), one, caretAt(0)) << -1;
     QTest::newRow("system, megabyte") << QStringLiteral("\nError while (2) File: ") + megabyte << 1;
-    QTest::newRow("system, megabyte of lines") << QStringLiteral("\nError while (2) File: ") + QString(1 << 20, '\n') << 1;
+    QTest::newRow("system, megabyte of lines")
+        << QStringLiteral("\nError while (2) File: ") + QString(1 << 20, '\n') << 1;
     QTest::newRow("system, NUL bytes") << QStringLiteral("\nError while (2)") + QString(10, QChar()) << 1;
     QTest::newRow("system, huge number") << QStringLiteral("\nError while (99999999999999) File: a") << 1;
     QTest::newRow("system, negative number") << QStringLiteral("\nError while (-1) File: a") << 1;

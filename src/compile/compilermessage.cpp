@@ -123,7 +123,8 @@ QStringList CompilerMessage::leadingLines(const QString &message, int count)
         lines << message.mid(start, end - start);
         if (end == size)
             break;
-        const bool crlf = message.at(end) == QLatin1Char('\r') && end + 1 < size && message.at(end + 1) == QLatin1Char('\n');
+        const bool crlf =
+            message.at(end) == QLatin1Char('\r') && end + 1 < size && message.at(end + 1) == QLatin1Char('\n');
         start = end + (crlf ? 2 : 1);
     }
     return lines;

@@ -33,11 +33,11 @@ struct CompilerMessage
     // Lines of a located error longer than this are read cut short, so that
     // laying them out stays cheap; the file name and the column are still
     // taken from the whole line.
-    static const int defaultMaxLineLength = 10000;
+    static constexpr int defaultMaxLineLength = 10000;
     // The lines a located error's cursor moves can reach: six if the
     // message follows the layout, and one more for each of the five word
     // moves that passes the end of a line into the next.
-    static const int linesRead = 11;
+    static constexpr int linesRead = 11;
 
     static CompilerMessage parse(const QString &message, int maxLineLength = defaultMaxLineLength);
 
