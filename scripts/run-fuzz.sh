@@ -12,7 +12,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
-targets=(projectfile vocabulary programname highlight)
+targets=(projectfile vocabulary programname highlight compilermessage)
 
 scripts/install-deps.sh
 # libclang-rt-dev brings the libFuzzer runtime of Debian's clang.

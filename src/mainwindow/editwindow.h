@@ -24,6 +24,7 @@ namespace Ui {
 class EditWindow;
 }
 
+struct CompilerMessage;
 class QCompleter;
 class QFileDevice;
 class QListWidget;
@@ -73,6 +74,8 @@ public:
 
     // Console (editwindow_compile.cpp)
     void setMaxConsoleLines(unsigned int n);
+    // Not a slot: the host sees only the error-code form.
+    void addConsoleErrMsg(const QString &text);
 
     // Program and project lists (editwindow_lists.cpp)
     static QString placeholderName();
@@ -194,6 +197,7 @@ private:
     bool historyPlaceUsable(int index, int limit);
     void askHost(bool &answered, int timeout, const std::function<void()> &request);
     void takeArrivedTables();
+    void showCompileError(const CompilerMessage &message);
     void makeConnections();
     int searchEditor(ZuSourceCode *editor, bool replace, bool all);
     void searchProjectOnce(bool replace);
