@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "installpaths.h"
 #include "pluginhost.h"
 #include "settingsstore.h"
 #include "vocabulary.h"
@@ -38,6 +39,7 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zuhost"));
+    QApplication::setApplicationVersion(QStringLiteral(ZUHOST_VERSION));
     // Closing the editor window ends the host through PluginHost, which may
     // refuse while there are unsaved programs.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -46,16 +48,19 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(QStringLiteral(
             "Development host for the Zu source editor plug-in."));
     parser.addHelpOption();
+    parser.addVersionOption();
+    const InstallPaths installed(QCoreApplication::applicationDirPath());
     const QCommandLineOption moduleOption(QStringLiteral("module"),
-            QStringLiteral("Load the plug-in module from <path>."), QStringLiteral("path"),
-            QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("libzusrceditor.so")));
+            QStringLiteral("Load the plug-in module from <path> (default: %1).").arg(installed.module()),
+            QStringLiteral("path"), installed.module());
     const QCommandLineOption settingsOption(QStringLiteral("settings"),
             QStringLiteral("Keep the plug-in's settings in the INI file <file>."), QStringLiteral("file"),
             QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
                     + QStringLiteral("/zuhost.ini"));
     const QCommandLineOption vocabularyOption(QStringLiteral("vocabulary"),
-            QStringLiteral("Answer the plug-in's tables and tool tips from the vocabulary <file>."),
-            QStringLiteral("file"), QStringLiteral(ZUHOST_DEFAULT_VOCABULARY));
+            QStringLiteral("Answer the plug-in's tables and tool tips from the vocabulary <file> "
+                           "(default: %1).").arg(installed.vocabulary()),
+            QStringLiteral("file"), installed.vocabulary());
     const QCommandLineOption dirOption(QStringLiteral("dir"),
             QStringLiteral("Use <dir> as the programs directory."), QStringLiteral("dir"));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
