@@ -2,6 +2,8 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPixmap>
 #include <QStandardPaths>
 #include <QTimer>
@@ -9,6 +11,7 @@
 
 #include "installpaths.h"
 #include "pluginhost.h"
+#include "qttranslation.h"
 #include "settingsstore.h"
 #include "vocabulary.h"
 
@@ -40,6 +43,8 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zuhost"));
     QApplication::setApplicationVersion(QStringLiteral(ZUHOST_VERSION));
+    // Before any of Qt's texts is made, the command line help among them.
+    installQtTranslation(QLocale(), QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     // Closing the editor window ends the host through PluginHost, which may
     // refuse while there are unsaved programs.
     QApplication::setQuitOnLastWindowClosed(false);
