@@ -9,10 +9,13 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <csignal>
+
 #include "installpaths.h"
 #include "pluginhost.h"
 #include "qttranslation.h"
 #include "settingsstore.h"
+#include "unixsignalwatcher.h"
 #include "vocabulary.h"
 
 namespace {
@@ -124,6 +127,10 @@ int main(int argc, char *argv[])
         qWarning("%s", qPrintable(host.errorString()));
         return 2;
     }
+    // A termination signal ends zuhost as closing the window does, without
+    // the questions; before the start, it waits in the watcher's socket.
+    UnixSignalWatcher signalWatcher({SIGTERM, SIGINT});
+    QObject::connect(&signalWatcher, &UnixSignalWatcher::received, &host, &PluginHost::terminate);
     host.start();
     host.openPrograms(parser.positionalArguments());
 

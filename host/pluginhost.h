@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPluginLoader>
 #include <QPointer>
+#include <QStringList>
 
 #include "hostsockets.h"
 #include "settingelement.h"
@@ -38,6 +39,12 @@ public:
 
     // Stops the plug-in, keeps what it reports and ends the event loop.
     void finish(int exitCode = 0);
+    // Finishes without asking the editor anything, as on a termination
+    // signal: changes not saved are lost, and the programs that had them
+    // are named on standard error.
+    void terminate();
+    // The names of the open programs with changes not saved.
+    QStringList unsavedPrograms() const;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
