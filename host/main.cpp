@@ -2,14 +2,21 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPixmap>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QWidget>
 
+#include <csignal>
+
 #include "compileoptions.h"
+#include "installpaths.h"
 #include "pluginhost.h"
+#include "qttranslation.h"
 #include "settingsstore.h"
+#include "unixsignalwatcher.h"
 #include "vocabulary.h"
 
 namespace {
@@ -39,6 +46,9 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zuhost"));
+    QApplication::setApplicationVersion(QStringLiteral(ZUHOST_VERSION));
+    // Before any of Qt's texts is made, the command line help among them.
+    installQtTranslation(QLocale(), QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     // Closing the editor window ends the host through PluginHost, which may
     // refuse while there are unsaved programs.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -47,16 +57,19 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(QStringLiteral(
             "Development host for the Zu source editor plug-in."));
     parser.addHelpOption();
+    parser.addVersionOption();
+    const InstallPaths installed(QCoreApplication::applicationDirPath());
     const QCommandLineOption moduleOption(QStringLiteral("module"),
-            QStringLiteral("Load the plug-in module from <path>."), QStringLiteral("path"),
-            QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("libzusrceditor.so")));
+            QStringLiteral("Load the plug-in module from <path> (default: %1).").arg(installed.module()),
+            QStringLiteral("path"), installed.module());
     const QCommandLineOption settingsOption(QStringLiteral("settings"),
             QStringLiteral("Keep the plug-in's settings in the INI file <file>."), QStringLiteral("file"),
             QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
                     + QStringLiteral("/zuhost.ini"));
     const QCommandLineOption vocabularyOption(QStringLiteral("vocabulary"),
-            QStringLiteral("Answer the plug-in's tables and tool tips from the vocabulary <file>."),
-            QStringLiteral("file"), QStringLiteral(ZUHOST_DEFAULT_VOCABULARY));
+            QStringLiteral("Answer the plug-in's tables and tool tips from the vocabulary <file> "
+                           "(default: %1).").arg(installed.vocabulary()),
+            QStringLiteral("file"), installed.vocabulary());
     const QCommandLineOption dirOption(QStringLiteral("dir"),
             QStringLiteral("Use <dir> as the programs directory."), QStringLiteral("dir"));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
@@ -128,6 +141,10 @@ int main(int argc, char *argv[])
         return 2;
     }
     compileOptions.apply(host);
+    // A termination signal ends zuhost as closing the window does, without
+    // the questions; before the start, it waits in the watcher's socket.
+    UnixSignalWatcher signalWatcher({SIGTERM, SIGINT});
+    QObject::connect(&signalWatcher, &UnixSignalWatcher::received, &host, &PluginHost::terminate);
     host.start();
     host.openPrograms(parser.positionalArguments());
 

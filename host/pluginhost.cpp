@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QMetaMethod>
+#include <QPlainTextEdit>
 #include <QWidget>
 
 #include "plugindescriptor.h"
@@ -125,6 +126,30 @@ void PluginHost::finish(int exitCode)
         exitCode = 1;
     }
     QCoreApplication::exit(exitCode);
+}
+
+void PluginHost::terminate()
+{
+    if (m_finished)
+        return;
+    const QStringList unsaved = unsavedPrograms();
+    if (!unsaved.isEmpty())
+        qWarning("zuhost: changes not saved are lost in: %s", qPrintable(unsaved.join(QStringLiteral(", "))));
+    finish();
+}
+
+// The interface tells a host nothing about the editors, so the development
+// host looks at the window: each program's editor is a ZuSourceCode named
+// after the program.
+QStringList PluginHost::unsavedPrograms() const
+{
+    QStringList names;
+    const QList<QPlainTextEdit *> editors = m_window->findChildren<QPlainTextEdit *>();
+    for (const QPlainTextEdit *editor : editors) {
+        if (editor->inherits("ZuSourceCode") && editor->document()->isModified())
+            names << editor->objectName();
+    }
+    return names;
 }
 
 bool PluginHost::eventFilter(QObject *watched, QEvent *event)

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPluginLoader>
 #include <QPointer>
+#include <QStringList>
 
 #include "compilerrunner.h"
 #include "hostsockets.h"
@@ -42,6 +43,12 @@ public:
 
     // Stops the plug-in, keeps what it reports and ends the event loop.
     void finish(int exitCode = 0);
+    // Finishes without asking the editor anything, as on a termination
+    // signal: changes not saved are lost, and the programs that had them
+    // are named on standard error.
+    void terminate();
+    // The names of the open programs with changes not saved.
+    QStringList unsavedPrograms() const;
 
 signals:
     // The plug-in is about to be stopped; its window is as the user left it.

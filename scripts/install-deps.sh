@@ -4,7 +4,8 @@
 # scripts' own tools); does nothing when they are all present.
 set -euo pipefail
 
-packages=(cmake g++ make qtbase5-dev qtbase5-dev-tools fonts-dejavu-core "$@")
+# qttranslations5-l10n: Qt's own texts (standard buttons) in the user's language.
+packages=(cmake g++ make qtbase5-dev qtbase5-dev-tools qttranslations5-l10n fonts-dejavu-core "$@")
 
 missing=()
 for package in "${packages[@]}"; do

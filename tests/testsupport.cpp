@@ -9,7 +9,9 @@
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QProcess>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QStyleOptionButton>
 #include <QTabBar>
 #include <QTabWidget>
@@ -458,4 +460,38 @@ QString TempCurrentDir::path() const
 QString TempCurrentDir::errorString() const
 {
     return dir ? dir->errorString() : QString();
+}
+
+// ---------------------------------------------------------------------------
+// Processes
+
+ProcessRun runProcess(const QString &program, const QStringList &arguments,
+                      const QProcessEnvironment &environment)
+{
+    QProcessEnvironment childEnvironment = QProcessEnvironment::systemEnvironment();
+    childEnvironment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    childEnvironment.insert(environment);
+    QProcess process;
+    process.setProcessEnvironment(childEnvironment);
+    process.start(program, arguments);
+
+    ProcessRun run;
+    run.finished = process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit;
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+    run.exitCode = process.exitCode();
+    run.output = process.readAllStandardOutput();
+    run.errors = process.readAllStandardError();
+    return run;
+}
+
+bool helpNamesDefault(const QByteArray &help, const QString &path)
+{
+    const auto withoutSpace = [](QString text) {
+        return text.remove(QRegularExpression(QStringLiteral("\\s")));
+    };
+    return withoutSpace(QString::fromLocal8Bit(help))
+            .contains(withoutSpace(QStringLiteral("(default: %1)").arg(path)));
 }

@@ -10,6 +10,7 @@
 #include <QPair>
 #include <QPoint>
 #include <QPointer>
+#include <QProcessEnvironment>
 #include <QScopedPointer>
 #include <QString>
 #include <QStringList>
@@ -220,5 +221,27 @@ private:
     QScopedPointer<QTemporaryDir> dir;
     QString previous;
 };
+
+// ---------------------------------------------------------------------------
+// Processes
+
+// How a program that runProcess() ran ended.
+struct ProcessRun
+{
+    bool finished = false; // exited by itself, not by a crash or the time limit
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+// Runs the program on the offscreen platform until it exits by itself, for
+// at most 20 s. The variables of `environment` are set over the test's own.
+ProcessRun runProcess(const QString &program, const QStringList &arguments,
+                      const QProcessEnvironment &environment = QProcessEnvironment());
+
+// Whether a program's --help output gives the path as an option's default,
+// "(default: PATH)". QCommandLineParser wraps its lines, inside a long path
+// as well, so white space does not count.
+bool helpNamesDefault(const QByteArray &help, const QString &path);
 
 #endif // TESTSUPPORT_H

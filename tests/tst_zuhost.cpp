@@ -2,10 +2,11 @@
 #include <QFile>
 #include <QImage>
 #include <QLibraryInfo>
-#include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include "testsupport.h"
 
 // Runs the development host as a process against the real module.
 class TestZuHost : public QObject
@@ -26,15 +27,11 @@ private slots:
     void refusesMissingVocabulary();
     void badCommandLine_data();
     void badCommandLine();
+    void versionPrintsProjectVersion();
+    void helpNamesBuildTreeDefaults();
 
 private:
-    struct Run
-    {
-        bool finished = false;
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
+    using Run = ProcessRun;
 
     // Runs zuhost on the offscreen platform until it exits by itself.
     static Run runHost(const QStringList &arguments);
@@ -55,22 +52,7 @@ void TestZuHost::initTestCase()
 
 TestZuHost::Run TestZuHost::runHost(const QStringList &arguments)
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(ZU_HOST_PATH), arguments);
-
-    Run run;
-    run.finished = process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit;
-    if (process.state() != QProcess::NotRunning) {
-        process.kill();
-        process.waitForFinished(5000);
-    }
-    run.exitCode = process.exitCode();
-    run.output = process.readAllStandardOutput();
-    run.errors = process.readAllStandardError();
-    return run;
+    return runProcess(QStringLiteral(ZU_HOST_PATH), arguments);
 }
 
 QStringList TestZuHost::hostArguments(const QString &settingsFile, const QString &programsDir)
@@ -325,6 +307,27 @@ void TestZuHost::badCommandLine()
     QVERIFY2(run.finished, run.errors.constData());
     QCOMPARE(run.exitCode, 1);
     QVERIFY(!run.errors.isEmpty());
+}
+
+void TestZuHost::versionPrintsProjectVersion()
+{
+    const Run run = runHost({QStringLiteral("--version")});
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.output.trimmed(), QByteArray("zuhost " ZU_VERSION));
+}
+
+// Run from the build directory, zuhost takes the module beside itself and
+// the source tree's sample vocabulary.
+void TestZuHost::helpNamesBuildTreeDefaults()
+{
+    const Run run = runHost({QStringLiteral("--help")});
+    QVERIFY2(run.finished, run.errors.constData());
+    QCOMPARE(run.exitCode, 0);
+    const QString module = QFileInfo(QStringLiteral(ZU_MODULE_PATH)).canonicalFilePath();
+    const QString vocabulary = QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary");
+    QVERIFY2(helpNamesDefault(run.output, module), run.output.constData());
+    QVERIFY2(helpNamesDefault(run.output, vocabulary), run.output.constData());
 }
 
 QTEST_GUILESS_MAIN(TestZuHost)
