@@ -21,6 +21,7 @@
 #include "boxanswerer.h"
 #include "editorsupport.h"
 #include "editwindow.h"
+#include "linepieces.h"
 #include "searchreplace.h"
 #include "testsupport.h"
 #include "windowfixture.h"
@@ -36,10 +37,11 @@ QString countText(int count)
     return QStringLiteral("Найдено и заменено %1 фрагментов").arg(count);
 }
 
-// The editor's whole text.
+// The editor's whole text, as its file holds it: a very long line is shown
+// in pieces.
 QString textOf(const ZuSourceCode *editor)
 {
-    return editor->toPlainText();
+    return LinePieces::fileText(editor->document(), 0, editor->document()->characterCount() - 1);
 }
 
 } // namespace
