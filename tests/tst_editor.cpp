@@ -20,6 +20,7 @@
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QSyntaxHighlighter>
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -104,6 +105,32 @@ QString lines(int count)
 }
 
 const QRgb gutterGray = qRgb(0xc0, 0xc0, 0xc0);
+
+// Colours every line red: a whole-document rehighlight that changes each
+// line's formats.
+class AllRedHighlighter : public QSyntaxHighlighter
+{
+public:
+    using QSyntaxHighlighter::QSyntaxHighlighter;
+
+protected:
+    void highlightBlock(const QString &text) override { setFormat(0, text.size(), QColor(Qt::red)); }
+};
+
+// Counts the resize events a widget receives.
+class ResizeCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize)
+            ++count;
+        return false;
+    }
+};
 
 bool isDark(QRgb pixel)
 {
@@ -382,6 +409,7 @@ private slots:
     void gutterWidthFollowsDigitCount_data();
     void gutterWidthFollowsDigitCount();
     void gutterWidensAndNarrowsAtTenLines();
+    void rehighlightLeavesViewportLayoutAlone();
     void gutterPaintsNumbersOnGray_data();
     void gutterPaintsNumbersOnGray();
     void gutterScrollsWithText();
@@ -1584,6 +1612,38 @@ void TestEditor::gutterWidensAndNarrowsAtTenLines()
     // The gutter itself takes the width at the next resize.
     editor->parentWidget()->resize(410, 300);
     QTRY_COMPARE_WITH_TIMEOUT(gutterOf(editor)->width(), 3 + digit, questionTimeout);
+}
+
+// Laying the viewport out again on every coloured line cost a fifth of a
+// whole-document rehighlight. The viewport is moved off its place first:
+// laying it out would put it back, with a resize event.
+void TestEditor::rehighlightLeavesViewportLayoutAlone()
+{
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(300).toLatin1()));
+    ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
+    QVERIFY(showPage(editor, QSize(400, 300)));
+    const int margin = viewportMargin(editor);
+    QCOMPARE(margin, expectedGutterWidth(editor, 300));
+    QWidget *viewport = editor->viewport();
+    const QRect moved = viewport->geometry().adjusted(1, 0, 0, -1);
+    viewport->setGeometry(moved);
+    ResizeCounter resizes;
+    viewport->installEventFilter(&resizes);
+
+    AllRedHighlighter highlighter(editor->document());
+    highlighter.rehighlight();
+    QCOMPARE(editor->document()->lastBlock().layout()->formats().size(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(resizes.count, 0);
+    QCOMPARE(viewport->geometry(), moved);
+
+    // A new digit still widens the gutter.
+    editor->moveCursor(QTextCursor::End);
+    for (int i = 300; i < 1000; ++i)
+        editor->insertPlainText(QStringLiteral("\n"));
+    QCOMPARE(editor->blockCount(), 1000);
+    QCOMPARE(viewportMargin(editor), expectedGutterWidth(editor, 1000));
+    QVERIFY(resizes.count > 0);
 }
 
 void TestEditor::gutterPaintsNumbersOnGray_data()

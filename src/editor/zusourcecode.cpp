@@ -306,9 +306,14 @@ int ZuSourceCode::lineNumberAreaWidth() const
     return 3 + digits * fontMetrics().horizontalAdvance(QLatin1Char('9'));
 }
 
+// Setting the margins lays the editor out again even when they stay as
+// they are, and the gutter asks on every repaint of the whole viewport
+// (each line coloured anew is one): only a new digit count changes them.
 void ZuSourceCode::updateLineNumberAreaWidth(int)
 {
-    setViewportMargins(lineNumberAreaWidth(), 0, 0, 0);
+    const int width = lineNumberAreaWidth();
+    if (viewportMargins().left() != width)
+        setViewportMargins(width, 0, 0, 0);
 }
 
 void ZuSourceCode::updateLineNumberArea(QRect rect, int dy)
