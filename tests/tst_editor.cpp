@@ -106,6 +106,19 @@ QString lines(int count)
 
 const QRgb gutterGray = qRgb(0xc0, 0xc0, 0xc0);
 
+// The inotify instances this process holds: the user has 128 of them by
+// default, for all processes.
+int inotifyInstances()
+{
+    int count = 0;
+    const QDir fds(QStringLiteral("/proc/self/fd"));
+    for (const QFileInfo &fd : fds.entryInfoList(QDir::Files | QDir::System)) {
+        if (fd.symLinkTarget().endsWith(QLatin1String("anon_inode:inotify")))
+            ++count;
+    }
+    return count;
+}
+
 // Colours every line red: a whole-document rehighlight that changes each
 // line's formats.
 class AllRedHighlighter : public QSyntaxHighlighter
@@ -385,6 +398,7 @@ private slots:
     void outsideChangeAnsweredNoKeepsTextAndWatchesAgain();
     void quickSuccessiveWritesRaiseOneQuestion();
     void deletionDuringChangeQuestionIsAskedAfterwards();
+    void hundredOpenProgramsShareOneWatcher();
 
     // Buttons
     void buttonsFollowEditingState();
@@ -1086,6 +1100,32 @@ void TestEditor::deletionDuringChangeQuestionIsAskedAfterwards()
     QVERIFY(staysQuiet(2));
     QCOMPARE(tabs()->count(), 1);
     QCOMPARE(editor->toPlainText(), QStringLiteral("abc\n"));
+}
+
+void TestEditor::hundredOpenProgramsShareOneWatcher()
+{
+    const int before = inotifyInstances();
+    QVERIFY(before > 0);
+    QList<ZuSourceCode *> editors;
+    for (int i = 0; i < 100; ++i) {
+        const QString name = QStringLiteral("p%1").arg(i);
+        QVERIFY(writeFile(name + QStringLiteral(".zu"), name.toLatin1() + '\n'));
+        editors << openTab(name);
+        QVERIFY(editors.last());
+    }
+    QCOMPARE(tabs()->count(), 100);
+    QCOMPARE(inotifyInstances(), before);
+    QCOMPARE(window->findChildren<QFileSystemWatcher *>().size(), 1);
+
+    // The change reaches the editor of that file, and no other.
+    answerer->plan(press(QMessageBox::Yes));
+    QVERIFY(writeFile(QStringLiteral("p57.zu"), "changed\n"));
+    QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
+    QCOMPARE(answerer->seen.first().text, changedOutsideText(QStringLiteral("p57")));
+    QCOMPARE(answerer->seen.first().parent, static_cast<QWidget *>(editors.at(57)));
+    QTRY_COMPARE_WITH_TIMEOUT(editors.at(57)->toPlainText(), QStringLiteral("changed\n"), questionTimeout);
+    QVERIFY(staysQuiet(1));
+    QCOMPARE(editors.at(56)->toPlainText(), QStringLiteral("p56\n"));
 }
 
 // ---------------------------------------------------------------------------

@@ -30,6 +30,7 @@ class QFileDevice;
 class QListWidget;
 class QListWidgetItem;
 class PluginInterface;
+class ProgramWatcher;
 class SearchReplace;
 class Syntaxer;
 class ZuSourceCode;
@@ -102,6 +103,7 @@ public:
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
     QCompleter *sharedCompleter() const override { return completer; }
+    ProgramWatcher *programWatcher() override { return programFiles; }
     void saveCurrentProg();
     void saveChangedProgOrProj();
 
@@ -229,6 +231,7 @@ private:
     QStringList openedList;
     QString openedTab;
     Syntaxer *syntaxer = nullptr;
+    ProgramWatcher *programFiles = nullptr;
     QCompleter *completer = nullptr;
 
     QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory
