@@ -8,6 +8,7 @@
 #include <QMainWindow>
 #include <QMutex>
 #include <QSet>
+#include <QSharedPointer>
 #include <QStringList>
 #include <QVariant>
 #include <QWaitCondition>
@@ -32,7 +33,7 @@ class QListWidgetItem;
 class PluginInterface;
 class ProgramWatcher;
 class SearchReplace;
-class Syntaxer;
+class SyntaxRules;
 class ZuSourceCode;
 
 // The editor's one top-level window: program and project lists on the
@@ -230,8 +231,9 @@ private:
     int historyPos = -1;
     QStringList openedList;
     QString openedTab;
-    Syntaxer *syntaxer = nullptr;
     ProgramWatcher *programFiles = nullptr;
+    // The colouring rules the highlighters of all open programs share.
+    QSharedPointer<SyntaxRules> syntaxRules;
     QCompleter *completer = nullptr;
 
     QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory
