@@ -323,9 +323,9 @@ private:
 };
 
 // A probe of its own on a file: set up at the moment of a change, it tells
-// when the change has reached this process's event loop, where the editor's
-// own watcher sees it in the same pass. Queued like the editor's, it fires
-// after the editor has had the notification.
+// when the change has reached this process's event loop, where the window's
+// watcher of program files sees it in the same pass. Queued like that
+// watcher's, it fires after the editor has had the notification.
 struct ChangeProbe
 {
     explicit ChangeProbe(const QString &path)
