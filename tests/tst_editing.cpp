@@ -21,6 +21,7 @@
 #include "editorsupport.h"
 #include "editorwindowinterface.h"
 #include "editwindow.h"
+#include "programwatcher.h"
 #include "testsupport.h"
 #include "vocabulary.h"
 #include "windowfixture.h"
@@ -55,7 +56,9 @@ public:
     QCompleter *sharedCompleter() const override { return nullptr; }
     bool isAutoComplete() const override { return true; }
     void loadFailed(const QString &, const QString &, const QString &) override {}
+    ProgramWatcher *programWatcher() override { return &watcher; }
 
+    ProgramWatcher watcher;
     QList<QPair<QString, int>> stored;
     QList<int> previousLimits;
     QList<int> nextLimits;

@@ -20,6 +20,7 @@
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QSyntaxHighlighter>
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -104,6 +105,45 @@ QString lines(int count)
 }
 
 const QRgb gutterGray = qRgb(0xc0, 0xc0, 0xc0);
+
+// The inotify instances this process holds: the user has 128 of them by
+// default, for all processes.
+int inotifyInstances()
+{
+    int count = 0;
+    const QDir fds(QStringLiteral("/proc/self/fd"));
+    for (const QFileInfo &fd : fds.entryInfoList(QDir::Files | QDir::System)) {
+        if (fd.symLinkTarget().endsWith(QLatin1String("anon_inode:inotify")))
+            ++count;
+    }
+    return count;
+}
+
+// Colours every line red: a whole-document rehighlight that changes each
+// line's formats.
+class AllRedHighlighter : public QSyntaxHighlighter
+{
+public:
+    using QSyntaxHighlighter::QSyntaxHighlighter;
+
+protected:
+    void highlightBlock(const QString &text) override { setFormat(0, text.size(), QColor(Qt::red)); }
+};
+
+// Counts the resize events a widget receives.
+class ResizeCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize)
+            ++count;
+        return false;
+    }
+};
 
 bool isDark(QRgb pixel)
 {
@@ -283,9 +323,9 @@ private:
 };
 
 // A probe of its own on a file: set up at the moment of a change, it tells
-// when the change has reached this process's event loop, where the editor's
-// own watcher sees it in the same pass. Queued like the editor's, it fires
-// after the editor has had the notification.
+// when the change has reached this process's event loop, where the window's
+// watcher of program files sees it in the same pass. Queued like that
+// watcher's, it fires after the editor has had the notification.
 struct ChangeProbe
 {
     explicit ChangeProbe(const QString &path)
@@ -358,6 +398,7 @@ private slots:
     void outsideChangeAnsweredNoKeepsTextAndWatchesAgain();
     void quickSuccessiveWritesRaiseOneQuestion();
     void deletionDuringChangeQuestionIsAskedAfterwards();
+    void hundredOpenProgramsShareOneWatcher();
 
     // Buttons
     void buttonsFollowEditingState();
@@ -382,6 +423,7 @@ private slots:
     void gutterWidthFollowsDigitCount_data();
     void gutterWidthFollowsDigitCount();
     void gutterWidensAndNarrowsAtTenLines();
+    void rehighlightLeavesViewportLayoutAlone();
     void gutterPaintsNumbersOnGray_data();
     void gutterPaintsNumbersOnGray();
     void gutterScrollsWithText();
@@ -1060,6 +1102,32 @@ void TestEditor::deletionDuringChangeQuestionIsAskedAfterwards()
     QCOMPARE(editor->toPlainText(), QStringLiteral("abc\n"));
 }
 
+void TestEditor::hundredOpenProgramsShareOneWatcher()
+{
+    const int before = inotifyInstances();
+    QVERIFY(before > 0);
+    QList<ZuSourceCode *> editors;
+    for (int i = 0; i < 100; ++i) {
+        const QString name = QStringLiteral("p%1").arg(i);
+        QVERIFY(writeFile(name + QStringLiteral(".zu"), name.toLatin1() + '\n'));
+        editors << openTab(name);
+        QVERIFY(editors.last());
+    }
+    QCOMPARE(tabs()->count(), 100);
+    QCOMPARE(inotifyInstances(), before);
+    QCOMPARE(window->findChildren<QFileSystemWatcher *>().size(), 1);
+
+    // The change reaches the editor of that file, and no other.
+    answerer->plan(press(QMessageBox::Yes));
+    QVERIFY(writeFile(QStringLiteral("p57.zu"), "changed\n"));
+    QTRY_COMPARE_WITH_TIMEOUT(answerer->seen.size(), 1, questionTimeout);
+    QCOMPARE(answerer->seen.first().text, changedOutsideText(QStringLiteral("p57")));
+    QCOMPARE(answerer->seen.first().parent, static_cast<QWidget *>(editors.at(57)));
+    QTRY_COMPARE_WITH_TIMEOUT(editors.at(57)->toPlainText(), QStringLiteral("changed\n"), questionTimeout);
+    QVERIFY(staysQuiet(1));
+    QCOMPARE(editors.at(56)->toPlainText(), QStringLiteral("p56\n"));
+}
+
 // ---------------------------------------------------------------------------
 // Buttons
 
@@ -1584,6 +1652,38 @@ void TestEditor::gutterWidensAndNarrowsAtTenLines()
     // The gutter itself takes the width at the next resize.
     editor->parentWidget()->resize(410, 300);
     QTRY_COMPARE_WITH_TIMEOUT(gutterOf(editor)->width(), 3 + digit, questionTimeout);
+}
+
+// Laying the viewport out again on every coloured line cost a fifth of a
+// whole-document rehighlight. The viewport is moved off its place first:
+// laying it out would put it back, with a resize event.
+void TestEditor::rehighlightLeavesViewportLayoutAlone()
+{
+    QVERIFY(writeFile(QStringLiteral("prog.zu"), lines(300).toLatin1()));
+    ZuSourceCode *editor = openDirect(QStringLiteral("prog"));
+    QVERIFY(showPage(editor, QSize(400, 300)));
+    const int margin = viewportMargin(editor);
+    QCOMPARE(margin, expectedGutterWidth(editor, 300));
+    QWidget *viewport = editor->viewport();
+    const QRect moved = viewport->geometry().adjusted(1, 0, 0, -1);
+    viewport->setGeometry(moved);
+    ResizeCounter resizes;
+    viewport->installEventFilter(&resizes);
+
+    AllRedHighlighter highlighter(editor->document());
+    highlighter.rehighlight();
+    QCOMPARE(editor->document()->lastBlock().layout()->formats().size(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(resizes.count, 0);
+    QCOMPARE(viewport->geometry(), moved);
+
+    // A new digit still widens the gutter.
+    editor->moveCursor(QTextCursor::End);
+    for (int i = 300; i < 1000; ++i)
+        editor->insertPlainText(QStringLiteral("\n"));
+    QCOMPARE(editor->blockCount(), 1000);
+    QCOMPARE(viewportMargin(editor), expectedGutterWidth(editor, 1000));
+    QVERIFY(resizes.count > 0);
 }
 
 void TestEditor::gutterPaintsNumbersOnGray_data()

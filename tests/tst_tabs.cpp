@@ -36,6 +36,7 @@
 #include "hosttables.h"
 #include "searchreplace.h"
 #include "settingelement.h"
+#include "syntaxer.h"
 #include "testsupport.h"
 #include "textedit.h"
 #include "windowfixture.h"
@@ -167,8 +168,9 @@ private slots:
 
     // Opening and switching
     void openingTabLoadsProgramAndRecordsOpenedList();
-    void highlighterAndCompleterFollowCurrentTab();
+    void eachProgramHasHighlighterAndCompleterFollowsCurrentTab();
     void currentTabSelectedAgainKeepsItsColours();
+    void tabSwitchKeepsColoursWithoutRehighlighting();
     void switchingTabsBindsButtonsToCurrentEditor();
     void tabChangedWithoutTabChangesNothing();
 
@@ -178,7 +180,7 @@ private slots:
     void closingModifiedTabAsksToSave();
     void closingLastTabDisablesButtonsAndDropsHelpers();
     void reopenedFirstTabGetsFreshHelpersListingEachNameOnce();
-    void closingFirstTabKeepsHighlighterColouringTheOther();
+    void closingFirstTabKeepsTheOtherColoured();
     void closedTabEditorStopsWatchingItsFile();
     void closedTabPageAndEditorAreDeleted();
     void reopeningProgramManyTimesLeavesNoEditorsBehind();
@@ -224,7 +226,7 @@ private:
     QList<QVariant> reported(const QString &key) const;
     ZuSourceCode *editorAt(int index) const { return editorOf(tabs->widget(index)); }
     void typeInto(int index, const QString &text);
-    QSyntaxHighlighter *windowHighlighter() const;
+    QSyntaxHighlighter *highlighterOf(ZuSourceCode *editor) const;
     int pagesHeld() const;
     zuporzu *askForUnknownName(const QString &name);
     void runAsHost();
@@ -313,14 +315,14 @@ void TestTabs::typeInto(int index, const QString &text)
     QTest::keyClicks(editor, text);
 }
 
-// The one highlighter, a child of the window itself; null when there is
-// none, or more than one anywhere under the window.
-QSyntaxHighlighter *TestTabs::windowHighlighter() const
+// The editor's own highlighter; null when it has none or more than one,
+// or when the window has one of its own.
+QSyntaxHighlighter *TestTabs::highlighterOf(ZuSourceCode *editor) const
 {
-    const QList<QSyntaxHighlighter *> all = window->findChildren<QSyntaxHighlighter *>();
-    if (all.size() != 1 || all.first()->parent() != window)
+    if (!window->findChildren<QSyntaxHighlighter *>(QString(), Qt::FindDirectChildrenOnly).isEmpty())
         return nullptr;
-    return all.first();
+    const QList<QSyntaxHighlighter *> own = editor->findChildren<QSyntaxHighlighter *>(QString(), Qt::FindDirectChildrenOnly);
+    return own.size() == 1 ? own.first() : nullptr;
 }
 
 // The pages the tab widget holds, closed ones not yet deleted among them.
@@ -425,13 +427,13 @@ void TestTabs::openingTabLoadsProgramAndRecordsOpenedList()
     QCOMPARE(window->currTabName(), QStringLiteral("b"));
 }
 
-void TestTabs::highlighterAndCompleterFollowCurrentTab()
+void TestTabs::eachProgramHasHighlighterAndCompleterFollowsCurrentTab()
 {
     QVERIFY(showWindowOverTwoPrograms());
 
     ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
     QVERIFY(first);
-    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
+    QPointer<QSyntaxHighlighter> highlighter = highlighterOf(first);
     QVERIFY(highlighter);
     QCOMPARE(highlighter->document(), first->document());
     const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
@@ -448,11 +450,18 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
 
     ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
     QVERIFY(second);
-    QCOMPARE(windowHighlighter(), highlighter.data());
+    QCOMPARE(highlighterOf(first), highlighter.data());
+    QPointer<QSyntaxHighlighter> secondHighlighter = highlighterOf(second);
+    QVERIFY(secondHighlighter);
+    QCOMPARE(secondHighlighter->document(), second->document());
+    QCOMPARE(highlighter->document(), first->document());
+    // Both colour by the one set of rules the window made.
+    auto *firstSyntaxer = dynamic_cast<Syntaxer *>(highlighter.data());
+    auto *secondSyntaxer = dynamic_cast<Syntaxer *>(secondHighlighter.data());
+    QVERIFY(firstSyntaxer && secondSyntaxer);
+    QCOMPARE(&firstSyntaxer->highRules(), &secondSyntaxer->highRules());
     QCOMPARE(window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
-    QVERIFY(highlighter);
     QVERIFY(completer);
-    QCOMPARE(highlighter->document(), second->document());
     QCOMPARE(completer->widget(), second);
     QCOMPARE(model->stringList(), (QStringList { "op1", "op2", "t1" }));
     QTRY_COMPARE_WITH_TIMEOUT(colourAt(second->document()->firstBlock(), 0), QColor(Qt::red), 2000);
@@ -463,7 +472,8 @@ void TestTabs::highlighterAndCompleterFollowCurrentTab()
     // Back to the first tab by its tab on the bar.
     clickTab(tabs, 0);
     QCOMPARE(tabs->currentIndex(), 0);
-    QCOMPARE(highlighter->document(), first->document());
+    QCOMPARE(highlighterOf(first), highlighter.data());
+    QCOMPARE(highlighterOf(second), secondHighlighter.data());
     QCOMPARE(completer->widget(), first);
     QVERIFY(takeCompletionLink(completer, first));
     QVERIFY(!takeCompletionLink(completer, second));
@@ -483,6 +493,35 @@ void TestTabs::currentTabSelectedAgainKeepsItsColours()
     QCOMPARE(editorOf(window->addTextTab(QStringLiteral("a"))), editor);
     QCOMPARE(colourAt(line, 0), QColor(Qt::red));
     QCOMPARE(changes.count(), 0);
+}
+
+// Colouring a program of megabytes again takes about a second. Each line
+// is given formats no highlighter makes: a line coloured again would lose
+// them.
+void TestTabs::tabSwitchKeepsColoursWithoutRehighlighting()
+{
+    QVERIFY(showWindowOverTwoPrograms());
+    ZuSourceCode *first = editorOf(window->addTextTab(QStringLiteral("a")));
+    ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
+    QVERIFY(first && second);
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(first->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+    QTRY_COMPARE_WITH_TIMEOUT(colourAt(second->document()->firstBlock(), 0), QColor(Qt::red), 2000);
+    QTextLayout::FormatRange marker;
+    marker.start = 0;
+    marker.length = 1;
+    marker.format.setForeground(QColor(Qt::yellow));
+    for (ZuSourceCode *editor : { first, second })
+        editor->document()->firstBlock().layout()->setFormats({ marker });
+
+    for (int i = 0; i < 4; ++i) {
+        clickTab(tabs, i % 2);
+        QCOMPARE(tabs->currentIndex(), i % 2);
+        QCoreApplication::processEvents();
+    }
+    for (ZuSourceCode *editor : { first, second }) {
+        QCOMPARE(editor->document()->firstBlock().layout()->formats().size(), 1);
+        QCOMPARE(colourAt(editor->document()->firstBlock(), 0), QColor(Qt::yellow));
+    }
 }
 
 void TestTabs::switchingTabsBindsButtonsToCurrentEditor()
@@ -644,8 +683,9 @@ void TestTabs::closingLastTabDisablesButtonsAndDropsHelpers()
     QVERIFY(writeProgram(QStringLiteral("a"), "alpha\n"));
     QVERIFY(makeWindow());
     QVERIFY(showWindow());
-    QVERIFY(editorOf(window->addTextTab(QStringLiteral("a"))));
-    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
+    ZuSourceCode *editor = editorOf(window->addTextTab(QStringLiteral("a")));
+    QVERIFY(editor);
+    QPointer<QSyntaxHighlighter> highlighter = highlighterOf(editor);
     QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
     QVERIFY(highlighter);
     QVERIFY(completer);
@@ -656,6 +696,8 @@ void TestTabs::closingLastTabDisablesButtonsAndDropsHelpers()
     variants->clear();
 
     QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
+    // The highlighter goes with the editor's page.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
     QCOMPARE(tabs->count(), 0);
     QCOMPARE(tabs->currentIndex(), -1);
@@ -692,28 +734,29 @@ void TestTabs::reopenedFirstTabGetsFreshHelpersListingEachNameOnce()
 
     QPointer<ZuSourceCode> first = editorOf(window->addTextTab(QStringLiteral("a")));
     window->addTextTab(QStringLiteral("b"));
-    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
-    QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
     QVERIFY(first);
+    QPointer<QSyntaxHighlighter> highlighter = highlighterOf(first);
+    QPointer<QCompleter> completer = window->findChild<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
     QVERIFY(highlighter);
     QVERIFY(completer);
     QCOMPARE(qobject_cast<QStringListModel *>(completer->model())->stringList(), names);
     QCOMPARE(window->operationNames(), operations);
     QCOMPARE(window->typeNames(), types);
 
-    // Closing one of two tabs keeps both helpers.
+    // Closing one of two tabs keeps the other's highlighter and the completer.
     window->tabClose(1);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(highlighter);
     QVERIFY(completer);
     window->tabClose(0);
-    QVERIFY(highlighter.isNull());
     QVERIFY(completer.isNull());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(first.isNull());
+    QVERIFY(highlighter.isNull());
 
     ZuSourceCode *again = editorOf(window->addTextTab(QStringLiteral("a")));
     QVERIFY(again);
-    QSyntaxHighlighter *freshHighlighter = windowHighlighter();
+    QSyntaxHighlighter *freshHighlighter = highlighterOf(again);
     QVERIFY(freshHighlighter);
     QCOMPARE(freshHighlighter->document(), again->document());
     const QList<QCompleter *> completers = window->findChildren<QCompleter *>(QString(), Qt::FindDirectChildrenOnly);
@@ -734,26 +777,27 @@ void TestTabs::reopenedFirstTabGetsFreshHelpersListingEachNameOnce()
     QVERIFY(button("seacrhButton")->isEnabled());
 }
 
-void TestTabs::closingFirstTabKeepsHighlighterColouringTheOther()
+// The rules were made with the first tab, and outlive it.
+void TestTabs::closingFirstTabKeepsTheOtherColoured()
 {
     QVERIFY(showWindowOverTwoPrograms());
 
-    // The highlighter is made on the first tab's document.
     QPointer<ZuSourceCode> first = editorOf(window->addTextTab(QStringLiteral("a")));
     QVERIFY(first);
-    QPointer<QSyntaxHighlighter> highlighter = windowHighlighter();
-    QVERIFY(highlighter);
-    QCOMPARE(highlighter->document(), first->document());
+    QPointer<QSyntaxHighlighter> firstHighlighter = highlighterOf(first);
+    QVERIFY(firstHighlighter);
     ZuSourceCode *second = editorOf(window->addTextTab(QStringLiteral("b")));
     QVERIFY(second);
+    QPointer<QSyntaxHighlighter> highlighter = highlighterOf(second);
+    QVERIFY(highlighter);
 
     QTest::mouseClick(closeButtonOf(tabs, 0), Qt::LeftButton);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
     QVERIFY(first.isNull());
+    QVERIFY(firstHighlighter.isNull());
     QCOMPARE(tabTexts(tabs), QStringList { "b" });
-    QVERIFY(highlighter);
-    QCOMPARE(windowHighlighter(), highlighter.data());
+    QCOMPARE(highlighterOf(second), highlighter.data());
     QCOMPARE(highlighter->document(), second->document());
     // What is typed into the remaining tab is coloured.
     typeInto(0, QStringLiteral("t1 "));

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+class ProgramWatcher;
 class QCompleter;
 
 // What an editor asks of the window that holds its tab. The calls are
@@ -30,6 +31,9 @@ public:
     virtual QCompleter *sharedCompleter() const = 0;
     // Whether typing offers completions (the AutoComplete setting).
     virtual bool isAutoComplete() const = 0;
+
+    // Watches the files of all the window's editors.
+    virtual ProgramWatcher *programWatcher() = 0;
 
     // The program's file could not be read into the editor: the window
     // tells the user, in a box of its own or with others that failed.

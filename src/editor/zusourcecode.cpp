@@ -6,6 +6,7 @@
 #include "programname.h"
 #include "linenumberarea.h"
 #include "linepieces.h"
+#include "programwatcher.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
@@ -45,11 +46,6 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *e
     connect(this, &QPlainTextEdit::undoAvailable, this, &ZuSourceCode::canUndo);
     connect(this, &QPlainTextEdit::redoAvailable, this, &ZuSourceCode::canRedo);
     connect(this, &QPlainTextEdit::modificationChanged, this, &ZuSourceCode::_Changed);
-    // Queued, so that the question's modal loop does not run inside Qt's
-    // dispatch of file notifications: Qt 5 goes on there to hand another
-    // watcher a notification that the modal loop has read already, and that
-    // watcher then blocks for good reading an empty queue.
-    connect(&watcher, &QFileSystemWatcher::fileChanged, this, &ZuSourceCode::fileChanged, Qt::QueuedConnection);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ZuSourceCode::newCursorPosition);
 
     updateLineNumberAreaWidth(0);
@@ -58,23 +54,23 @@ ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *e
 // The editor's own reads and writes must raise no change notification.
 QString ZuSourceCode::takeWatchedPath()
 {
-    const QStringList files = watcher.files();
-    if (files.isEmpty())
-        return QString();
-    watcher.removePath(files.first());
-    return files.first();
+    return editWindow->programWatcher()->unwatch(this);
 }
 
 void ZuSourceCode::stopWatching()
 {
     takeWatchedPath();
-    closing = true;
+}
+
+void ZuSourceCode::watch(const QString &path)
+{
+    editWindow->programWatcher()->watch(path, this);
 }
 
 void ZuSourceCode::watchAgain(const QString &path)
 {
     if (!path.isEmpty())
-        watcher.addPath(path);
+        watch(path);
 }
 
 bool ZuSourceCode::loadFile(QString name)
@@ -105,7 +101,7 @@ bool ZuSourceCode::loadFile(QString name)
         return false;
     }
     editWindow->setEditButtons(0, 0, 0, 0, 1);
-    watcher.addPath(file.fileName());
+    watch(file.fileName());
     return true;
 }
 
@@ -147,7 +143,7 @@ bool ZuSourceCode::saveFile(QString filename)
         modified = false;
         document()->setModified(false);
         editWindow->setEditButtons(0, 0, -1, -1, -1);
-        watcher.addPath(file.fileName());
+        watch(file.fileName());
         return true;
     }
     QMessageBox::critical(window(), tr("Ошибка записи файла"),
@@ -242,9 +238,6 @@ bool ZuSourceCode::canClose(bool asNew)
 
 void ZuSourceCode::fileChanged(QString path)
 {
-    // A notification queued before the tab closed.
-    if (closing)
-        return;
     if (idleTimer.isActive())
         return;
     QTimer::singleShot(50, this, &ZuSourceCode::dummy);
@@ -288,7 +281,7 @@ void ZuSourceCode::askAboutOutsideChange(const QString &path)
         loadFile(name);
         return;
     }
-    watcher.addPath(path);
+    watch(path);
 }
 
 void ZuSourceCode::dummy()
@@ -306,9 +299,14 @@ int ZuSourceCode::lineNumberAreaWidth() const
     return 3 + digits * fontMetrics().horizontalAdvance(QLatin1Char('9'));
 }
 
+// Setting the margins lays the editor out again even when they stay as
+// they are, and the gutter asks on every repaint of the whole viewport
+// (each line coloured anew is one): only a new digit count changes them.
 void ZuSourceCode::updateLineNumberAreaWidth(int)
 {
-    setViewportMargins(lineNumberAreaWidth(), 0, 0, 0);
+    const int width = lineNumberAreaWidth();
+    if (viewportMargins().left() != width)
+        setViewportMargins(width, 0, 0, 0);
 }
 
 void ZuSourceCode::updateLineNumberArea(QRect rect, int dy)

@@ -1,7 +1,6 @@
 #ifndef ZUSOURCECODE_H
 #define ZUSOURCECODE_H
 
-#include <QFileSystemWatcher>
 #include <QPlainTextEdit>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -98,6 +97,7 @@ private:
     bool deleteAcrossPieces(bool backwards);
     int documentEnd() const;
     QString takeWatchedPath();
+    void watch(const QString &path);
     void watchAgain(const QString &path);
     QString textForFile() const;
     void askAboutOutsideChange(const QString &path);
@@ -113,7 +113,6 @@ private:
     quint32 errorLine = 0;
     quint32 errorColumn = 0;
     QString delimiters;
-    QFileSystemWatcher watcher;
     bool modified = false;
     bool redoAvailable = false;
     bool undoAvailable = false;
@@ -125,7 +124,6 @@ private:
     // asked about one of them, the others only mark that the file moved on.
     bool questionOpen = false;
     bool changedDuringQuestion = false;
-    bool closing = false;
 };
 
 #endif // ZUSOURCECODE_H

@@ -4,6 +4,7 @@
 #include "codepage.h"
 #include "iconbuttonstyle.h"
 #include "plugindescriptor.h"
+#include "programwatcher.h"
 #include "searchreplace.h"
 
 #include <QDir>
@@ -23,6 +24,7 @@ EditWindow::EditWindow(PluginInterface *plugin, QWidget *parent)
     showListButtonsAsIcons();
 
     dirWatcher.addPath(QDir::currentPath());
+    programFiles = new ProgramWatcher(this);
 
     ui->currProjBox->setEnabled(false);
     ui->consoleEdit->setFixedHeight(100);

@@ -8,6 +8,7 @@
 #include <QMainWindow>
 #include <QMutex>
 #include <QSet>
+#include <QSharedPointer>
 #include <QStringList>
 #include <QVariant>
 #include <QWaitCondition>
@@ -30,8 +31,9 @@ class QFileDevice;
 class QListWidget;
 class QListWidgetItem;
 class PluginInterface;
+class ProgramWatcher;
 class SearchReplace;
-class Syntaxer;
+class SyntaxRules;
 class ZuSourceCode;
 
 // The editor's one top-level window: program and project lists on the
@@ -102,6 +104,7 @@ public:
     QStringList getOpenedList() const;
     void changeCompleter(ZuSourceCode *editor);
     QCompleter *sharedCompleter() const override { return completer; }
+    ProgramWatcher *programWatcher() override { return programFiles; }
     void saveCurrentProg();
     void saveChangedProgOrProj();
 
@@ -228,7 +231,9 @@ private:
     int historyPos = -1;
     QStringList openedList;
     QString openedTab;
-    Syntaxer *syntaxer = nullptr;
+    ProgramWatcher *programFiles = nullptr;
+    // The colouring rules the highlighters of all open programs share.
+    QSharedPointer<SyntaxRules> syntaxRules;
     QCompleter *completer = nullptr;
 
     QHash<const QListWidget *, QStringList> listedNames; // as last read from the directory

@@ -41,9 +41,12 @@ QWidget *EditWindow::addTextTab(QString name)
     auto *page = new QWidget(ui->tabWidget);
     auto *layout = new QHBoxLayout(page);
     auto *editor = new ZuSourceCode(page, name, this, programsDir);
-    // One highlighter and one completer serve whichever tab is current.
-    if (!syntaxer)
-        syntaxer = new Syntaxer(editor->document(), operList, typeList, this);
+    // Each program keeps its highlighter and colours, so that a tab switch
+    // colours nothing again; the rules are made once for all of them. One
+    // completer serves whichever tab is current.
+    if (!syntaxRules)
+        syntaxRules = QSharedPointer<SyntaxRules>::create(operList, typeList);
+    new Syntaxer(editor->document(), syntaxRules, editor);
     if (!completer) {
         completer = new QCompleter(this);
         QStringList names = operList + typeList;
@@ -168,10 +171,6 @@ void EditWindow::tabChanged(int index)
         return;
 
     changeCompleter(editor);
-    // Setting the document it already has would take the colours off every
-    // line and lay them all out again before colouring them anew.
-    if (syntaxer && syntaxer->document() != editor->document())
-        syntaxer->setDocument(editor->document());
     for (QPushButton *button : { ui->saveProgramButton, ui->saveAsProgramButton, ui->undoButton, ui->redoButton })
         disconnect(button, &QPushButton::clicked, nullptr, nullptr);
     connect(ui->saveProgramButton, &QPushButton::clicked, editor, &ZuSourceCode::toSave);
@@ -214,8 +213,7 @@ void EditWindow::tabClose(int index)
             page->deleteLater();
         if (ui->tabWidget->count() == 0) {
             setEditButtons(0, 0, 0, 0, 0);
-            delete syntaxer;
-            syntaxer = nullptr;
+            syntaxRules.reset();
             delete completer;
             completer = nullptr;
             ui->seacrhButton->setChecked(false);
