@@ -5,14 +5,10 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include "testsupport.h"
+
 // zuhost run as a process on the offscreen platform.
-struct HostRun
-{
-    bool finished = false;  // exited by itself within the time limit
-    int exitCode = -1;
-    QByteArray output;
-    QByteArray errors;
-};
+using HostRun = ProcessRun;
 
 // Runs zuhost until it exits by itself, killing it after timeout ms.
 HostRun runZuHost(const QStringList &arguments, int timeout = 30000);

@@ -466,7 +466,7 @@ QString TempCurrentDir::errorString() const
 // Processes
 
 ProcessRun runProcess(const QString &program, const QStringList &arguments,
-                      const QProcessEnvironment &environment)
+                      const QProcessEnvironment &environment, int timeout)
 {
     QProcessEnvironment childEnvironment = QProcessEnvironment::systemEnvironment();
     childEnvironment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
@@ -476,7 +476,7 @@ ProcessRun runProcess(const QString &program, const QStringList &arguments,
     process.start(program, arguments);
 
     ProcessRun run;
-    run.finished = process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit;
+    run.finished = process.waitForFinished(timeout) && process.exitStatus() == QProcess::NormalExit;
     if (process.state() != QProcess::NotRunning) {
         process.kill();
         process.waitForFinished(5000);

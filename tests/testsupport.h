@@ -235,9 +235,11 @@ struct ProcessRun
 };
 
 // Runs the program on the offscreen platform until it exits by itself, for
-// at most 20 s. The variables of `environment` are set over the test's own.
+// at most timeout ms. The variables of `environment` are set over the
+// test's own.
 ProcessRun runProcess(const QString &program, const QStringList &arguments,
-                      const QProcessEnvironment &environment = QProcessEnvironment());
+                      const QProcessEnvironment &environment = QProcessEnvironment(),
+                      int timeout = 20000);
 
 // Whether a program's --help output gives the path as an option's default,
 // "(default: PATH)". QCommandLineParser wraps its lines, inside a long path
