@@ -27,7 +27,6 @@
 #include "benchsupport.h"
 #include "benchwindow.h"
 #include "editwindow.h"
-#include "vocabulary.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
 
@@ -119,13 +118,9 @@ int main(int argc, char *argv[])
     const int keystrokes = argc > 1 ? qMax(1, QString::fromLocal8Bit(argv[1]).toInt()) : 20;
     const int length = argc > 2 ? qMax(2, QString::fromLocal8Bit(argv[2]).toInt()) : 10 * 1024 * 1024;
 
-    Vocabulary vocabulary;
     BenchWindow bench;
-    if (!vocabulary.load(QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary")) || !bench.make()) {
-        std::fprintf(stderr, "cannot make the window with the example vocabulary\n");
+    if (!bench.makeWithExampleVocabulary())
         return 1;
-    }
-    bench.answerTables(vocabulary);
     const QString text = longLine(length, bench.editWindow()->operationNames(), bench.editWindow()->typeNames());
     const QString name = QStringLiteral("longline");
     if (!bench.writeProgram(name, text)) {

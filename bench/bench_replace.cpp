@@ -29,7 +29,6 @@
 #include "boxanswerer.h"
 #include "editwindow.h"
 #include "searchreplace.h"
-#include "vocabulary.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
 
@@ -154,13 +153,9 @@ int main(int argc, char *argv[])
     const int occurrences = argc > 1 ? qMax(1, QString::fromLocal8Bit(argv[1]).toInt()) : 100000;
     const int megabytes = argc > 2 ? qMax(1, QString::fromLocal8Bit(argv[2]).toInt()) : 5;
 
-    Vocabulary vocabulary;
     BenchWindow bench;
-    if (!vocabulary.load(QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary")) || !bench.make()) {
-        std::fprintf(stderr, "cannot make the window with the example vocabulary\n");
+    if (!bench.makeWithExampleVocabulary())
         return 1;
-    }
-    bench.answerTables(vocabulary);
     const QString text = program(megabytes * 1024 * 1024, occurrences, bench.editWindow()->operationNames(),
                                  bench.editWindow()->typeNames());
     if (text.isEmpty() || !bench.writeProgram(QStringLiteral("plain"), text)

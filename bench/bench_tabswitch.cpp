@@ -28,7 +28,6 @@
 #include "benchsupport.h"
 #include "benchwindow.h"
 #include "editwindow.h"
-#include "vocabulary.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
 
@@ -83,13 +82,9 @@ void report(const char *what, const Figures &figures)
 
 int runWindow(int switches, int length)
 {
-    Vocabulary vocabulary;
     BenchWindow bench;
-    if (!vocabulary.load(QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary")) || !bench.make()) {
-        std::fprintf(stderr, "cannot make the window with the example vocabulary\n");
+    if (!bench.makeWithExampleVocabulary())
         return 1;
-    }
-    bench.answerTables(vocabulary);
     const QStringList &operations = bench.editWindow()->operationNames();
     const QStringList &types = bench.editWindow()->typeNames();
     const QStringList names { QStringLiteral("first"), QStringLiteral("second") };
@@ -122,16 +117,10 @@ int runWindow(int switches, int length)
 
 int runPlain(int switches, int length)
 {
-    Vocabulary vocabulary;
-    if (!vocabulary.load(QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary"))) {
-        std::fprintf(stderr, "cannot read the example vocabulary\n");
-        return 1;
-    }
     // The names as the window holds them once the host has answered.
     BenchWindow bench;
-    if (!bench.make())
+    if (!bench.makeWithExampleVocabulary())
         return 1;
-    bench.answerTables(vocabulary);
     QStringList texts;
     for (quint32 seed = 0; seed < 2; ++seed)
         texts << program(seed, length, bench.editWindow()->operationNames(), bench.editWindow()->typeNames());

@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+#include <cstdio>
+
 #include "benchsupport.h"
 #include "codepage.h"
 #include "editwindow.h"
@@ -44,4 +46,15 @@ ZuSourceCode *BenchWindow::openProgram(const QString &name)
     // event loop.
     settle();
     return page->findChild<ZuSourceCode *>();
+}
+
+bool BenchWindow::makeWithExampleVocabulary()
+{
+    Vocabulary vocabulary;
+    if (!vocabulary.load(QStringLiteral(ZU_EXAMPLES_DIR "/vocabulary")) || !make()) {
+        std::fprintf(stderr, "cannot make the window with the example vocabulary\n");
+        return false;
+    }
+    answerTables(vocabulary);
+    return true;
 }

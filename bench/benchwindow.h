@@ -20,6 +20,9 @@ public:
     bool make();
     // Hands the window the vocabulary's tables, as the host answers them.
     void answerTables(Vocabulary &vocabulary);
+    // Makes the window and answers its tables from examples/vocabulary;
+    // false, said on standard error, when either cannot be done.
+    bool makeWithExampleVocabulary();
     // Writes the program's file in windows-1251.
     bool writeProgram(const QString &name, const QString &text);
     // Opens the program in a tab of the shown window and lets the
