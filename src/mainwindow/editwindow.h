@@ -197,6 +197,7 @@ private:
     void moveInProject(int step);
     ZuSourceCode *editorAt(int index) const;
     ZuSourceCode *currentEditor() const;
+    ZuSourceCode *bringForward(const QString &name);
     bool historyPlaceUsable(int index, int limit);
     void askHost(bool &answered, int timeout, const std::function<void()> &request);
     void takeArrivedTables();

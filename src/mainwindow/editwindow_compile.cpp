@@ -174,12 +174,7 @@ void EditWindow::parseMessage(QString text)
 void EditWindow::showCompileError(const CompilerMessage &message)
 {
     const QString name = message.programName();
-    ZuSourceCode *editor = nullptr;
-    if (nameProblem(name, ".zu").isEmpty()) {
-        switchOrLoad(name);
-        if (currTabName() == name)
-            editor = currentEditor();
-    }
+    ZuSourceCode *editor = nameProblem(name, ".zu").isEmpty() ? bringForward(name) : nullptr;
     if (!editor) {
         QMessageBox::critical(this, tr("ВНИМАНИЕ!"),
                               tr("Не найден файл \n\n") + message.fileName.left(shownNameLimit)

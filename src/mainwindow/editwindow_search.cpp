@@ -110,11 +110,10 @@ void EditWindow::searchProjectOnce(bool replace)
     // A program outside the project has no place in it to go round from.
     for (int step = 1; start >= 0 && step < programs.size(); ++step) {
         const QString &name = programs.at((start + step) % programs.size());
-        switchOrLoad(name);
+        editor = bringForward(name);
         // A program whose tab could not be opened is passed over.
-        if (currTabName() != name)
+        if (!editor)
             continue;
-        editor = currentEditor();
         editor->moveCursor(QTextCursor::Start);
         if (searchEditor(editor, replace, false))
             return;

@@ -268,6 +268,14 @@ void EditWindow::switchOrLoad(QString name)
     }
 }
 
+// The program's editor once its tab is current, opened if need be; null
+// when the tab did not come forward (no such program, or a bad name).
+ZuSourceCode *EditWindow::bringForward(const QString &name)
+{
+    switchOrLoad(name);
+    return currTabName() == name ? currentEditor() : nullptr;
+}
+
 // The host's menu asks for a program or project by name; a name with no
 // file yet becomes one after the user says which.
 void EditWindow::addProgListAndEdit(QString name)
