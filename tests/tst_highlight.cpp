@@ -64,6 +64,10 @@ private:
     // The colour map of every line of the text.
     QStringList colours(const QString &text, const QStringList &operations,
                         const QStringList &types);
+    // An editor holding the text, with a Syntaxer of its own, shown; its
+    // first line has been coloured.
+    ZuSourceCode *shownEditor(const QString &text, const QStringList &operations,
+                              const QStringList &types);
     // Highlights the text with both highlighters and compares every line.
     void compareWithReference(const QString &text, const QStringList &operations,
                               const QStringList &types);
@@ -102,6 +106,14 @@ private slots:
     void blockStateIsZeroAfterHighlighting();
     void longLineLeftUnhighlighted();
     void lineGrowingPastTheLimitLosesItsColours();
+
+    // Colouring as the editor shows its lines
+    void editorNotShownColoursNothing();
+    void openedProgramColoursOnlyTheLinesShown();
+    void pagingThroughGivesTheColoursOfAWholeDocumentPass();
+    void editingAWaitingLineColoursItAlone();
+    void largeChangeWaitsUntilShownAndLosesOldColours();
+    void editorClosedBeforeItsFirstPaint();
 
     // Agreement with the reference
     void generatedProgramMatchesReference();
@@ -159,6 +171,22 @@ QStringList TestHighlight::colours(const QString &text, const QStringList &opera
     for (QTextBlock block = editor->document()->begin(); block.isValid(); block = block.next())
         maps << colourMap(block);
     return maps;
+}
+
+ZuSourceCode *TestHighlight::shownEditor(const QString &text, const QStringList &operations,
+                                         const QStringList &types)
+{
+    ZuSourceCode *editor = openEditor(text);
+    if (!editor)
+        return nullptr;
+    new Syntaxer(editor->document(), operations, types, editor);
+    QWidget *page = editor->parentWidget();
+    page->resize(600, 400);
+    page->show();
+    if (!QTest::qWaitForWindowExposed(page)
+        || !QTest::qWaitFor([&] { return editor->document()->firstBlock().userState() == 0; }))
+        return nullptr;
+    return editor;
 }
 
 void TestHighlight::compareWithReference(const QString &text, const QStringList &operations,
@@ -320,7 +348,8 @@ void TestHighlight::attachesToTheDocumentUnderTheGivenParent()
     auto *syntaxer = new Syntaxer(editor->document(), { QStringLiteral("put") }, {}, editor);
     QCOMPARE(syntaxer->parent(), editor);
     QCOMPARE(syntaxer->document(), editor->document());
-    // The framework highlights an attached document on its own.
+    // An attached document is coloured without being asked, once shown.
+    editor->parentWidget()->show();
     QTRY_COMPARE(colourMap(editor->document()->begin()), QStringLiteral("RRR.B"));
 }
 
@@ -495,6 +524,161 @@ void TestHighlight::lineGrowingPastTheLimitLosesItsColours()
     QCOMPARE(colourMap(line), QString(10001, QLatin1Char('.')));
     cursor.deletePreviousChar();
     QCOMPARE(colourMap(line), repeatedColours(10000));
+}
+
+// ---------------------------------------------------------------------------
+// Colouring as the editor shows its lines
+
+namespace {
+
+// The document holding the text, coloured whole by the reference, which it
+// keeps: a highlighter takes its colours with it.
+std::unique_ptr<QTextDocument> referenceDocument(const QString &text, const QStringList &operations,
+                                                 const QStringList &types)
+{
+    auto document = std::make_unique<QTextDocument>();
+    document->setDocumentLayout(new QPlainTextDocumentLayout(document.get()));
+    document->setPlainText(text);
+    (new ReferenceSyntaxer(document.get(), operations, types))->rehighlight();
+    return document;
+}
+
+int colouredBlocks(const QTextDocument *document)
+{
+    int coloured = 0;
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        coloured += block.userState() == 0;
+    return coloured;
+}
+
+} // namespace
+
+void TestHighlight::editorNotShownColoursNothing()
+{
+    ZuSourceCode *editor = openEditor(QStringLiteral("put 1\nput 2\n"));
+    QVERIFY(editor);
+    new Syntaxer(editor->document(), { QStringLiteral("put") }, {}, editor);
+    QCoreApplication::processEvents();
+    QCOMPARE(colouredBlocks(editor->document()), 0);
+
+    editor->parentWidget()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(editor->parentWidget()));
+    QTRY_COMPARE(colouredBlocks(editor->document()), 3);
+    QCOMPARE(colourMap(editor->document()->firstBlock()), QStringLiteral("RRR.B"));
+}
+
+// A program of megabytes is not coloured whole when it opens, nor does it
+// keep a text layout for each line.
+void TestHighlight::openedProgramColoursOnlyTheLinesShown()
+{
+    const ZuSample sample = makeZuSample(2024, 3000, 200, 60);
+    ZuSourceCode *editor = shownEditor(sample.text(), sample.operations, sample.types);
+    QVERIFY(editor);
+    QCoreApplication::processEvents();
+    const QTextDocument *document = editor->document();
+    const QTextBlock lastShown = editor->cursorForPosition(editor->viewport()->rect().bottomLeft()).block();
+    QVERIFY(lastShown.blockNumber() > 5);
+    QCOMPARE(colouredBlocks(document), lastShown.blockNumber() + 1);
+
+    const auto expected = referenceDocument(sample.text(), sample.operations, sample.types);
+    for (QTextBlock block = document->begin(); block != lastShown.next(); block = block.next())
+        QCOMPARE(colourMap(block), colourMap(expected->findBlockByNumber(block.blockNumber())));
+    QCOMPARE(document->findBlockByNumber(2000).userState(), -1);
+    QVERIFY(document->findBlockByNumber(2000).layout()->formats().isEmpty());
+}
+
+// Each line is coloured as it comes into view, and once every line has
+// been shown the colours are exactly those of colouring the whole document.
+void TestHighlight::pagingThroughGivesTheColoursOfAWholeDocumentPass()
+{
+    const ZuSample sample = makeZuSample(12345);
+    ZuSourceCode *editor = shownEditor(sample.text(), sample.operations, sample.types);
+    QVERIFY(editor);
+    QTextDocument *document = editor->document();
+    QCOMPARE(document->blockCount(), 10001);
+    QVERIFY(colouredBlocks(document) < 100);
+
+    while (editor->textCursor().block() != document->lastBlock()) {
+        QTest::keyClick(editor, Qt::Key_PageDown);
+        QTRY_COMPARE(editor->textCursor().block().userState(), 0);
+    }
+    QCOMPARE(colouredBlocks(document), document->blockCount());
+    const auto expected = referenceDocument(sample.text(), sample.operations, sample.types);
+    const QString difference = firstDifference(document, expected.get());
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+// An edit of a line out of view colours that line at once, and the lines
+// below it still wait: colouring one does not run on through the others.
+void TestHighlight::editingAWaitingLineColoursItAlone()
+{
+    const ZuSample sample = makeZuSample(77, 3000, 200, 60);
+    ZuSourceCode *editor = shownEditor(sample.text(), sample.operations, sample.types);
+    QVERIFY(editor);
+    QTextDocument *document = editor->document();
+    const int coloured = colouredBlocks(document);
+    QCOMPARE(document->findBlockByNumber(2000).userState(), -1);
+
+    QTextCursor cursor(document->findBlockByNumber(2000));
+    cursor.insertText(sample.operations.first() + QLatin1Char(' '));
+    QTextBlock edited = document->findBlockByNumber(2000);
+    QCOMPARE(edited.userState(), 0);
+    QCOMPARE(edited.next().userState(), -1);
+    QCOMPARE(colouredBlocks(document), coloured + 1);
+
+    const auto expected = referenceDocument(document->toPlainText(), sample.operations, sample.types);
+    QCOMPARE(colourMap(edited), colourMap(expected->findBlockByNumber(2000)));
+    QVERIFY(colourMap(edited).startsWith(QStringLiteral("R")));
+
+    // Typing where the user is colours as it always did.
+    const QString before = colourMap(document->firstBlock());
+    QTest::keyClicks(editor, sample.types.first() + QLatin1Char(' '));
+    const auto typed = referenceDocument(document->toPlainText(), sample.operations, sample.types);
+    QVERIFY(colourMap(document->firstBlock()) != before);
+    QCOMPARE(colourMap(document->firstBlock()), colourMap(typed->firstBlock()));
+}
+
+// A change of many lines, such as replacing all the text, colours what is in
+// view and leaves the rest waiting, without the colours of its old text.
+void TestHighlight::largeChangeWaitsUntilShownAndLosesOldColours()
+{
+    const ZuSample sample = makeZuSample(31, 3000, 200, 60);
+    ZuSourceCode *editor = shownEditor(sample.text(), sample.operations, sample.types);
+    QVERIFY(editor);
+    QTextDocument *document = editor->document();
+    // Shown once, a line far down keeps its colours.
+    QTest::keyClick(editor, Qt::Key_End, Qt::ControlModifier);
+    QTRY_COMPARE(document->lastBlock().previous().userState(), 0);
+    QVERIFY(!document->lastBlock().previous().layout()->formats().isEmpty());
+    QTest::keyClick(editor, Qt::Key_Home, Qt::ControlModifier);
+
+    QRandomGenerator random(5);
+    const QString text = makeZuLines(random, 3000, sample.operations, sample.types)
+                             .join(QLatin1Char('\n')) + QLatin1Char('\n');
+    QTextCursor cursor(document);
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(text);
+    QCOMPARE(document->blockCount(), 3001);
+    QCOMPARE(document->lastBlock().previous().userState(), -1);
+    QVERIFY(document->lastBlock().previous().layout()->formats().isEmpty());
+
+    QTRY_COMPARE(document->firstBlock().userState(), 0);
+    const auto expected = referenceDocument(text, sample.operations, sample.types);
+    QCOMPARE(colourMap(document->firstBlock()), colourMap(expected->firstBlock()));
+    QVERIFY(colouredBlocks(document) < 100);
+}
+
+void TestHighlight::editorClosedBeforeItsFirstPaint()
+{
+    const ZuSample sample = makeZuSample(8, 3000, 200, 60);
+    ZuSourceCode *editor = openEditor(sample.text());
+    QVERIFY(editor);
+    QPointer<Syntaxer> syntaxer = new Syntaxer(editor->document(), sample.operations, sample.types, editor);
+    QWidget *page = editor->parentWidget();
+    page->show();
+    delete page;
+    QCoreApplication::processEvents();
+    QVERIFY(!syntaxer);
 }
 
 // ---------------------------------------------------------------------------

@@ -1,11 +1,18 @@
 #include "syntaxer.h"
 
+#include <QPlainTextEdit>
+
+#include "viewcolouring.h"
+
 Syntaxer::Syntaxer(QTextDocument *document, const QSharedPointer<SyntaxRules> &rules, QObject *parent)
     : QSyntaxHighlighter(parent)
     , rules(rules)
     , backtick(QStringLiteral("`"))
 {
     setDocument(document);
+    auto *editor = qobject_cast<QPlainTextEdit *>(parent);
+    if (document && editor && editor->document() == document)
+        new ViewColouring(this, editor);
 }
 
 Syntaxer::Syntaxer(QTextDocument *document, const QStringList &operations, const QStringList &types,

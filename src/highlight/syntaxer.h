@@ -8,7 +8,9 @@
 #include "syntaxrules.h"
 
 // Colours a program line by line with a set of rules (see syntaxrules.h),
-// which the highlighters of several documents may share.
+// which the highlighters of several documents may share. On the document
+// of an editor that is its parent, it colours the lines as the editor
+// shows them (see viewcolouring.h); elsewhere, the whole document.
 class Syntaxer : public QSyntaxHighlighter
 {
 public:

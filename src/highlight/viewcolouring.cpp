@@ -1,0 +1,111 @@
+#include "viewcolouring.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QPlainTextEdit>
+#include <QSyntaxHighlighter>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+
+namespace {
+
+// The blocks the highlighter reckons a change to touch.
+QTextBlock lastChangedBlock(const QTextDocument *document, int from, int removed, int added)
+{
+    const QTextBlock last = document->findBlock(from + added + (removed > 0 ? 1 : 0));
+    return last.isValid() ? last : document->lastBlock();
+}
+
+} // namespace
+
+ViewColouring::ViewColouring(QSyntaxHighlighter *highlighter, QPlainTextEdit *editor)
+    : QObject(highlighter)
+    , highlighter(highlighter)
+    , editor(editor)
+{
+    QTextDocument *document = highlighter->document();
+    // The highlighter hears of the document's changes through here.
+    if (!disconnect(document, SIGNAL(contentsChange(int, int, int)), highlighter,
+                    SLOT(_q_reformatBlocks(int, int, int))))
+        qWarning("ViewColouring: the highlighter's own change handling could not be replaced");
+    connect(document, &QTextDocument::contentsChange, this, &ViewColouring::documentChanged);
+    // Setting the document has posted a call for a whole-document pass,
+    // which comes as the one posted event the new highlighter has. The
+    // request it leaves behind keeps the highlighter deaf to changes, but
+    // it hears them from here now, and rehighlightBlock() works regardless.
+    QCoreApplication::removePostedEvents(highlighter, QEvent::MetaCall);
+    markWaiting(document->firstBlock(), document->lastBlock());
+
+    editor->viewport()->installEventFilter(this);
+    editor->viewport()->update();
+}
+
+bool ViewColouring::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Paint && watched == editor->viewport())
+        colourShownBlocks();
+    return QObject::eventFilter(watched, event);
+}
+
+void ViewColouring::documentChanged(int from, int removed, int added)
+{
+    const QTextDocument *document = highlighter->document();
+    const QTextBlock first = document->findBlock(from);
+    if (!first.isValid())
+        return;
+    const QTextBlock last = lastChangedBlock(document, from, removed, added);
+    if (last.blockNumber() - first.blockNumber() >= immediateBlocks) {
+        markWaiting(first, last);
+        return;
+    }
+    colour(first, last);
+}
+
+// Colours from the first block in view to the last, each one that waits.
+// Its new layout makes the editor paint it again, in colour this time when
+// this paint comes too early for it.
+void ViewColouring::colourShownBlocks()
+{
+    const QRect area = editor->viewport()->rect();
+    const QTextBlock last = editor->cursorForPosition(area.bottomRight()).block();
+    for (QTextBlock block = editor->cursorForPosition(area.topLeft()).block(); block.isValid();
+         block = block.next()) {
+        if (block.userState() == -1)
+            colour(block, block);
+        if (block == last)
+            break;
+    }
+}
+
+// A waiting block loses the colours it had: they belong to its old text.
+// Only a coloured block has a layout to clear; asking others for theirs
+// would make one.
+void ViewColouring::markWaiting(QTextBlock first, const QTextBlock &last)
+{
+    for (QTextBlock block = first; block.isValid(); block = block.next()) {
+        if (block.userState() != -1) {
+            block.layout()->clearFormats();
+            block.setUserState(-1);
+        }
+        if (block == last)
+            break;
+    }
+}
+
+// The highlighter goes on past the blocks it was asked for while their
+// states change, which would colour every waiting block below: the state
+// they will have anyway stops it at the last.
+void ViewColouring::colour(QTextBlock first, const QTextBlock &last)
+{
+    for (QTextBlock block = first; block.isValid(); block = block.next()) {
+        block.setUserState(0);
+        if (block == last)
+            break;
+    }
+    for (QTextBlock block = first; block.isValid(); block = block.next()) {
+        highlighter->rehighlightBlock(block);
+        if (block == last)
+            break;
+    }
+}
