@@ -1,6 +1,7 @@
 // Lines per second of the editor's highlighter and of the rule-by-rule
 // reference on the same generated program: 10,000 lines, 1,000 operation
-// and 300 type names.
+// and 300 type names; then the whole document with 50, 200 and 1,000
+// operation names (and 15, 60 and 300 type names).
 //
 //   QT_QPA_PLATFORM=offscreen bench_highlight [repetitions]
 //
@@ -208,6 +209,24 @@ int main(int argc, char *argv[])
         std::printf("  %-18s %4d rules: Syntaxer %6.2f us/line   reference %7.2f us/line   ratio %6.1fx\n",
                     part.what, int(partSyntaxer.highRules().size()), fastSeconds * 1e6 / lines,
                     slowSeconds * 1e6 / lines, slowSeconds / fastSeconds);
+    }
+
+    // The whole document as the host's lists grow; the part of it that is
+    // not matching is the framework's: the formats set on each line and the
+    // relayout of every line whose formats change.
+    std::printf("whole document, by the size of the lists (framework alone: %.2f ms):\n",
+                framework.wholeDocument * 1e3);
+    for (int names : { 50, 200, 1000 }) {
+        const ZuSample sized = makeZuSample(12345, 10000, names, names * 3 / 10);
+        ExposedSyntaxer sizedSyntaxer(nullptr, sized.operations, sized.types);
+        ExposedReference sizedReference(nullptr, sized.operations, sized.types);
+        const Result sizedFast = measure(&sizedSyntaxer, sized.lines, sized.text(), repetitions);
+        const Result sizedSlow = measure(&sizedReference, sized.lines, sized.text(), repetitions);
+        std::printf("  %4d/%3d names: Syntaxer %6.2f ms (matching %6.2f ms, the rest %6.2f ms)"
+                    "   reference %8.2f ms   ratio %5.1fx\n",
+                    int(sized.operations.size()), int(sized.types.size()), sizedFast.wholeDocument * 1e3,
+                    sizedFast.matching * 1e3, (sizedFast.wholeDocument - sizedFast.matching) * 1e3,
+                    sizedSlow.wholeDocument * 1e3, sizedSlow.wholeDocument / sizedFast.wholeDocument);
     }
 
     const double ratio = slow.wholeDocument / fast.wholeDocument;

@@ -25,6 +25,14 @@ int pairFilterIndex(quint32 key)
     return int((key * 2654435761u) >> 16);
 }
 
+// A word's first and last characters and its length, hashed: most words
+// of a line have no name of their shape, and need no look-up.
+int wordShapeIndex(const QChar *word, int length)
+{
+    const quint32 shape = quint32(word[0].unicode()) << 16 ^ word[length - 1].unicode() ^ quint32(length) << 8;
+    return int((shape * 2654435761u) >> 16);
+}
+
 bool hasPatternChars(const QString &name)
 {
     static const QString patternChars = QStringLiteral("\\^$.|?*+()[]{}");
@@ -59,10 +67,9 @@ SyntaxRules::SyntaxRules(const QStringList &operations, const QStringList &types
     const QTextCharFormat stringFormat = textFormat(Qt::darkGreen, QFont::Normal);
     const QTextCharFormat bracketFormat = textFormat(Qt::magenta, QFont::Bold);
 
-    firstChars.resize(0x10000);
-    simpleFirstChars.resize(0x10000);
-    singleCharLiterals.resize(0x10000);
+    charRoles.fill(0, 0x10000);
     literalPairs.resize(0x10000);
+    wordShapes.resize(0x10000);
     // A QRegExp made from a pattern, or copied, compiles the pattern at
     // once: for a host's hundred thousand names that takes seconds and
     // hundreds of megabytes. A pattern set on a rule in place is compiled
@@ -121,13 +128,14 @@ void SyntaxRules::addMatcher(int rule, const QString &name, bool wholeWord)
         addPatternRule(rule);
     } else if (wholeWord && isWholeWordName(name)) {
         wordRules[name].append(rule);
+        wordShapes.setBit(wordShapeIndex(name.constData(), name.size()));
     } else {
         literals.append(LiteralRule { rule, name, wholeWord });
         literalsByPrefix[prefixKey(name, 0)].append(literals.size() - 1);
         literalPairs.setBit(pairFilterIndex(prefixKey(name, 0)));
-        firstChars.setBit(name.at(0).unicode());
+        charRoles[name.at(0).unicode()] |= StartsLiteral;
         if (name.size() == 1)
-            singleCharLiterals.setBit(name.at(0).unicode());
+            charRoles[name.at(0).unicode()] |= IsLiteral;
     }
 }
 
@@ -143,8 +151,7 @@ void SyntaxRules::addSimpleRule(int rule, const SimplePattern &pattern)
     }
     for (QChar ch : starts) {
         simpleByFirstChar[ch.unicode()].append(simpleRules.size() - 1);
-        firstChars.setBit(ch.unicode());
-        simpleFirstChars.setBit(ch.unicode());
+        charRoles[ch.unicode()] |= StartsSimpleRule;
     }
 }
 
@@ -175,7 +182,7 @@ void SyntaxRules::matchWords(const QString &text, QVector<Match> &matches) const
         int end = start;
         while (end < size && PatternStart::isWordChar(text.at(end)))
             ++end;
-        if (end > start) {
+        if (end > start && wordShapes.testBit(wordShapeIndex(text.constData() + start, end - start))) {
             const QString word = QString::fromRawData(text.constData() + start, end - start);
             const auto found = wordRules.constFind(word);
             if (found != wordRules.cend()) {
@@ -195,15 +202,16 @@ void SyntaxRules::matchPlainAndSimple(const QString &text, QVector<Match> &match
 {
     std::fill(literalResume.begin(), literalResume.end(), 0);
     std::fill(simpleResume.begin(), simpleResume.end(), 0);
+    const quint8 *roles = charRoles.constData();
     for (int position = 0; position < text.size(); ++position) {
         if (!unindexedSimpleRules.isEmpty())
             matchSimpleRulesAt(text, position, unindexedSimpleRules, matches);
         const ushort ch = text.at(position).unicode();
-        if (!firstChars.testBit(ch))
-            continue;
-        matchLiteralsAt(text, position, matches);
-        if (simpleFirstChars.testBit(ch))
-            matchSimpleRulesAt(text, position, simpleByFirstChar.value(ch), matches);
+        const quint8 role = roles[ch];
+        if (role & StartsLiteral)
+            matchLiteralsAt(text, position, matches);
+        if (role & StartsSimpleRule)
+            matchSimpleRulesAt(text, position, *simpleByFirstChar.constFind(ch), matches);
     }
 }
 
@@ -231,7 +239,7 @@ void SyntaxRules::matchLiteralsAt(const QString &text, int position, QVector<Mat
     if (literalPairs.testBit(pairFilterIndex(pair)))
         matchKey(pair);
     const quint32 single = singleKey(chars[position]);
-    if (pair != single && singleCharLiterals.testBit(chars[position].unicode()))
+    if (pair != single && (charRoles.at(chars[position].unicode()) & IsLiteral))
         matchKey(single);
 }
 

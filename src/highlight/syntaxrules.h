@@ -93,10 +93,13 @@ private:
     QHash<ushort, QVector<int>> simpleByFirstChar;   // first character -> simple rules
     QVector<int> unindexedSimpleRules;               // simple rules that may start anywhere
     QVector<PatternRule> patternRules;               // rules that run their pattern
-    QBitArray firstChars;                            // by character: starts a literal or simple rule
-    QBitArray simpleFirstChars;                      // by character: starts a simple rule
-    QBitArray singleCharLiterals;                    // by character: a literal of its own
+    // What a character may begin, one byte of CharRole flags per UTF-16
+    // code unit: most characters of a line begin nothing, and one look-up
+    // says so.
+    enum CharRole : quint8 { StartsLiteral = 1, StartsSimpleRule = 2, IsLiteral = 4 };
+    QVector<quint8> charRoles;
     QBitArray literalPairs;                          // by hashed prefix key: may start a literal
+    QBitArray wordShapes;                            // by hashed word shape: may be a whole-word name
 
     // Working space of the line being matched.
     QVector<int> simpleResume;                       // per simple rule: where its search goes on
