@@ -1,6 +1,7 @@
 // Switching between the tabs of two large programs: two generated programs
 // of 5 MiB each with the names of examples/vocabulary, open in the editor's
-// window and coloured, and the current tab switched back and forth.
+// window with the lines in view coloured, and the current tab switched back
+// and forth.
 //
 //   QT_QPA_PLATFORM=offscreen bench_tabswitch [switches [megabytes]]
 //
@@ -8,7 +9,7 @@
 // repaint. The floor is the same switch between two plain QPlainTextEdits
 // in a QTabWidget, holding the same texts in the editor's font without
 // wrapping. Beside it the memory: how much the resident memory grew with
-// the two programs open, coloured, in the window, and with the two plain
+// the two programs open in the window, and with the two plain
 // editors. Each side runs in a process of its own (the program runs itself
 // with --window or --plain), so that neither finds the other's memory.
 
@@ -184,7 +185,7 @@ int main(int argc, char *argv[])
     const double plain = runSide(QStringLiteral("--plain"), QString::number(switches), QString::number(megabytes));
     if (window < 0 || plain <= 0)
         return 1;
-    std::printf("memory: the window's programs, coloured, take %.2fx what the plain editors take "
+    std::printf("memory: the window's programs take %.2fx what the plain editors take "
                 "(goal: at most 1.5x)\n", window / plain);
     return 0;
 }

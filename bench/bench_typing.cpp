@@ -176,7 +176,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     editor->setFocus(Qt::OtherFocusReason);
-    // The first highlighting of the whole program runs from the event loop.
+    // The lines in view are coloured as the window first paints them.
     deliverPending();
     QWindow *keyWindow = window->windowHandle();
 

@@ -42,8 +42,7 @@ ZuSourceCode *BenchWindow::openProgram(const QString &name)
     window->show();
     if (!QTest::qWaitForWindowExposed(window))
         return nullptr;
-    // The highlighter colours a new document once control is back in the
-    // event loop.
+    // The editor colours the lines in view as it first paints them.
     settle();
     return page->findChild<ZuSourceCode *>();
 }

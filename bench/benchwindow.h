@@ -25,8 +25,8 @@ public:
     bool makeWithExampleVocabulary();
     // Writes the program's file in windows-1251.
     bool writeProgram(const QString &name, const QString &text);
-    // Opens the program in a tab of the shown window and lets the
-    // highlighter colour it; null on failure.
+    // Opens the program in a tab of the shown window and lets it paint,
+    // which colours the lines in view; null on failure.
     ZuSourceCode *openProgram(const QString &name);
 
     EditWindow *editWindow() const { return window; }
