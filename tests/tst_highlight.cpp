@@ -6,6 +6,7 @@
 #include <QPlainTextDocumentLayout>
 #include <QPointer>
 #include <QRandomGenerator>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextCodec>
 #include <QTextCursor>
@@ -111,6 +112,7 @@ private slots:
     void editorNotShownColoursNothing();
     void openedProgramColoursOnlyTheLinesShown();
     void pagingThroughGivesTheColoursOfAWholeDocumentPass();
+    void linesBroughtIntoViewByTheScrollBarOrAResizeAreColoured();
     void editingAWaitingLineColoursItAlone();
     void largeChangeWaitsUntilShownAndLosesOldColours();
     void editorClosedBeforeItsFirstPaint();
@@ -606,6 +608,31 @@ void TestHighlight::pagingThroughGivesTheColoursOfAWholeDocumentPass()
     const auto expected = referenceDocument(sample.text(), sample.operations, sample.types);
     const QString difference = firstDifference(document, expected.get());
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+// The scroll bar moves the view without the cursor, and a taller editor
+// shows more lines: either way the lines that come into view are coloured.
+void TestHighlight::linesBroughtIntoViewByTheScrollBarOrAResizeAreColoured()
+{
+    const ZuSample sample = makeZuSample(404, 3000, 200, 60);
+    ZuSourceCode *editor = shownEditor(sample.text(), sample.operations, sample.types);
+    QVERIFY(editor);
+    const QTextDocument *document = editor->document();
+    const QTextBlock middle = document->findBlockByNumber(1500);
+    QCOMPARE(middle.userState(), -1);
+
+    QScrollBar *scrollBar = editor->verticalScrollBar();
+    scrollBar->setValue(1500);
+    QTRY_COMPARE(middle.userState(), 0);
+    QCOMPARE(editor->textCursor().blockNumber(), 0);
+    const QTextBlock below = editor->cursorForPosition(editor->viewport()->rect().bottomLeft()).block().next().next();
+    QCOMPARE(below.userState(), -1);
+
+    editor->parentWidget()->resize(600, 800);
+    QTRY_COMPARE(below.userState(), 0);
+    const auto expected = referenceDocument(sample.text(), sample.operations, sample.types);
+    QCOMPARE(colourMap(below), colourMap(expected->findBlockByNumber(below.blockNumber())));
+    QCOMPARE(colourMap(middle), colourMap(expected->findBlockByNumber(1500)));
 }
 
 // An edit of a line out of view colours that line at once, and the lines
