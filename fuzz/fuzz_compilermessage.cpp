@@ -7,16 +7,15 @@
 // the machine's order after it, so that lone surrogates occur too.
 
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QStringList>
 #include <QTextBlock>
 #include <QTextDocument>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "compilermessage.h"
+#include "offscreenapplication.h"
 
 namespace {
 
@@ -107,15 +106,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     Q_UNUSED(argc);
     Q_UNUSED(argv);
-    // The word moves lay the lines out, and that needs fonts; no screen.
-    static int applicationArgc = 1;
-    static char applicationName[] = "fuzz_compilermessage";
-    static char *applicationArgv[] = { applicationName, nullptr };
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QGuiApplication *application = nullptr;
-    application = new QGuiApplication(applicationArgc, applicationArgv);
-    // Gone before the leak check at exit, with the fonts it loaded.
-    std::atexit([] { delete application; });
+    // The word moves lay the lines out.
+    startOffscreenApplication("fuzz_compilermessage");
     return 0;
 }
 

@@ -11,13 +11,12 @@
 // printable ASCII stands for itself and a control byte for one of the
 // names, so that the lines meet them often.
 
-#include <QGuiApplication>
 #include <QStringList>
 
 #include <cstdint>
-#include <cstdlib>
 
 #include "highlightcomparison.h"
+#include "offscreenapplication.h"
 
 namespace {
 
@@ -74,15 +73,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     Q_UNUSED(argc);
     Q_UNUSED(argv);
-    // Formats need fonts, and fonts a GUI application; no screen is needed.
-    static int applicationArgc = 1;
-    static char applicationName[] = "fuzz_highlight";
-    static char *applicationArgv[] = { applicationName, nullptr };
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QGuiApplication *application = nullptr;
-    application = new QGuiApplication(applicationArgc, applicationArgv);
-    // Gone before the leak check at exit, with the fonts it loaded.
-    std::atexit([] { delete application; });
+    // Formats need fonts.
+    startOffscreenApplication("fuzz_highlight");
     return 0;
 }
 
