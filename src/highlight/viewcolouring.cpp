@@ -69,13 +69,34 @@ void ViewColouring::colourShownBlocks()
 {
     const QRect area = editor->viewport()->rect();
     const QTextBlock last = editor->cursorForPosition(area.bottomRight()).block();
-    for (QTextBlock block = editor->cursorForPosition(area.topLeft()).block(); block.isValid();
-         block = block.next()) {
+    const QTextBlock first = editor->cursorForPosition(area.topLeft()).block();
+    for (QTextBlock block = first; block.isValid(); block = block.next()) {
         if (block.userState() == -1)
             colour(block, block);
         if (block == last)
             break;
     }
+    if (colouredBlocks > keptBlocks)
+        uncolourAllBut(first, last);
+}
+
+// One pass over the document, which counts the blocks it keeps coloured.
+void ViewColouring::uncolourAllBut(const QTextBlock &first, const QTextBlock &last)
+{
+    bool shown = false;
+    int kept = 0;
+    for (QTextBlock block = highlighter->document()->firstBlock(); block.isValid(); block = block.next()) {
+        shown = shown || block == first;
+        if (block.userState() != -1) {
+            if (shown)
+                ++kept;
+            else
+                uncolour(block);
+        }
+        if (block == last)
+            shown = false;
+    }
+    colouredBlocks = kept;
 }
 
 // A waiting block loses the colours it had: they belong to its old text.
@@ -84,13 +105,17 @@ void ViewColouring::colourShownBlocks()
 void ViewColouring::markWaiting(QTextBlock first, const QTextBlock &last)
 {
     for (QTextBlock block = first; block.isValid(); block = block.next()) {
-        if (block.userState() != -1) {
-            block.layout()->clearFormats();
-            block.setUserState(-1);
-        }
+        if (block.userState() != -1)
+            uncolour(block);
         if (block == last)
             break;
     }
+}
+
+void ViewColouring::uncolour(QTextBlock &block)
+{
+    block.layout()->clearFormats();
+    block.setUserState(-1);
 }
 
 // The highlighter goes on past the blocks it was asked for while their
@@ -99,6 +124,8 @@ void ViewColouring::markWaiting(QTextBlock first, const QTextBlock &last)
 void ViewColouring::colour(QTextBlock first, const QTextBlock &last)
 {
     for (QTextBlock block = first; block.isValid(); block = block.next()) {
+        if (block.userState() == -1)
+            ++colouredBlocks;
         block.setUserState(0);
         if (block == last)
             break;
