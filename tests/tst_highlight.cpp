@@ -116,6 +116,7 @@ private slots:
     void linesFarOutOfViewGiveUpTheirColours();
     void linesBroughtIntoViewByTheScrollBarOrAResizeAreColoured();
     void editingAWaitingLineColoursItAlone();
+    void changeOfAHundredLinesIsColouredAtOnceALongerOneWaits();
     void largeChangeWaitsUntilShownAndLosesOldColours();
     void editorClosedBeforeItsFirstPaint();
 
@@ -721,6 +722,31 @@ void TestHighlight::editingAWaitingLineColoursItAlone()
     const auto typed = referenceDocument(document->toPlainText(), sample.operations, sample.types);
     QVERIFY(colourMap(document->firstBlock()) != before);
     QCOMPARE(colourMap(document->firstBlock()), colourMap(typed->firstBlock()));
+}
+
+// An editor that is not shown paints nothing: what it colours, the change
+// coloured at once.
+void TestHighlight::changeOfAHundredLinesIsColouredAtOnceALongerOneWaits()
+{
+    ZuSourceCode *editor = openEditor(QStringLiteral("x\n"));
+    QVERIFY(editor);
+    new Syntaxer(editor->document(), { QStringLiteral("put") }, {}, editor);
+    QTextDocument *document = editor->document();
+    const int lines = ViewColouring::immediateBlocks;
+
+    // The first line and the 99 new ones below it: 100 lines.
+    QTextCursor cursor(document->firstBlock());
+    cursor.insertText(QStringLiteral("put\n").repeated(lines - 1));
+    QCOMPARE(colouredBlocks(document), lines);
+    QCOMPARE(colourMap(document->findBlockByNumber(lines - 2)), QStringLiteral("RRR"));
+
+    // 101 lines.
+    cursor.setPosition(0);
+    cursor.insertText(QStringLiteral("put\n").repeated(lines));
+    QCOMPARE(document->blockCount(), 2 * lines + 1);
+    QCOMPARE(colouredBlocks(document), lines - 1);
+    QCOMPARE(document->firstBlock().userState(), -1);
+    QCOMPARE(colourMap(document->firstBlock()), QStringLiteral("..."));
 }
 
 // A change of many lines, such as replacing all the text, colours what is in
