@@ -10,7 +10,7 @@
 
 namespace {
 
-// The blocks the highlighter reckons a change to touch.
+// The last block a change touches, as the highlighter reckons it.
 QTextBlock lastChangedBlock(const QTextDocument *document, int from, int removed, int added)
 {
     const QTextBlock last = document->findBlock(from + added + (removed > 0 ? 1 : 0));
