@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "compilermessage.h"
+#include "messagewriter.h"
 #include "zuchecker.h"
 
 namespace {
@@ -99,7 +99,7 @@ void CompilerRunner::compilerFinished()
 {
     m_deadline.stop();
     if (m_stopped) {
-        answer(CompilerMessage::systemError(QStringLiteral("compiling"), ETIMEDOUT,
+        answer(MessageWriter::systemError(QStringLiteral("compiling"), ETIMEDOUT,
                 QStringLiteral("%1 (the compiler was stopped after %2 s)")
                         .arg(m_current.fileName, QString::number(m_timeLimit))));
     } else {
@@ -114,7 +114,7 @@ void CompilerRunner::compilerFailed(QProcess::ProcessError error)
     if (error != QProcess::FailedToStart)
         return;
     m_deadline.stop();
-    answer(CompilerMessage::systemError(QStringLiteral("starting the compiler"),
+    answer(MessageWriter::systemError(QStringLiteral("starting the compiler"),
             startErrorNumber(m_process->errorString()),
             QStringLiteral("%1 (to compile %2)").arg(m_command.first(), m_current.fileName)));
 }

@@ -1,6 +1,6 @@
 #include "zuchecker.h"
 
-#include "compilermessage.h"
+#include "messagewriter.h"
 #include "programsources.h"
 #include "vocabulary.h"
 
@@ -73,17 +73,17 @@ ZuChecker::Result ZuChecker::check(const QVector<Program> &programs) const
             continue;
         const Program &program = programs.at(i);
         const QString sourceLine = ZuTokenizer::lines(program.text).value(finding.line - 1);
-        return {FoundError, CompilerMessage::locatedError(program.fileName, finding.line, finding.column,
+        return {FoundError, MessageWriter::locatedError(program.fileName, finding.line, finding.column,
                                                           finding.code, finding.description, sourceLine)};
     }
-    return {ReadyToRun, CompilerMessage::readyToRun()};
+    return {ReadyToRun, MessageWriter::readyToRun()};
 }
 
 ZuChecker::Result ZuChecker::checkFile(const QString &directory, const QString &fileName) const
 {
     ProgramSources sources;
     if (!sources.read(directory, fileName)) {
-        return {Unreadable, CompilerMessage::systemError(QStringLiteral("reading"), sources.error(),
+        return {Unreadable, MessageWriter::systemError(QStringLiteral("reading"), sources.error(),
                                                          sources.failedFile())};
     }
     return check(sources.programs());

@@ -1,12 +1,12 @@
-#ifndef COMPILERMESSAGE_H
-#define COMPILERMESSAGE_H
+#ifndef MESSAGEWRITER_H
+#define MESSAGEWRITER_H
 
 #include <QString>
 
 // The texts the host sends the editor in answer to a compile request. The
 // editor tells the kinds apart by how they begin and reads a located error
 // line by line and word by word, so each keeps to its layout exactly.
-namespace CompilerMessage {
+namespace MessageWriter {
 
 QString readyToRun();
 
@@ -19,6 +19,6 @@ QString locatedError(const QString &fileName, int line, int column, int code,
 // library's text for the number and everything after "File: ".
 QString systemError(const QString &action, int errorNumber, const QString &subject);
 
-} // namespace CompilerMessage
+} // namespace MessageWriter
 
-#endif // COMPILERMESSAGE_H
+#endif // MESSAGEWRITER_H

@@ -1,6 +1,6 @@
-#include "compilermessage.h"
+#include "messagewriter.h"
 
-namespace CompilerMessage {
+namespace MessageWriter {
 
 QString readyToRun()
 {
@@ -30,4 +30,4 @@ QString systemError(const QString &action, int errorNumber, const QString &subje
             .arg(action, QString::number(errorNumber), subject);
 }
 
-} // namespace CompilerMessage
+} // namespace MessageWriter
