@@ -236,6 +236,7 @@ private slots:
     void locatedErrorMarksProgramLogsAndRaisesWindow_data();
     void locatedErrorMarksProgramLogsAndRaisesWindow();
     void locatedErrorForMissingProgramShowsBoxOnly();
+    void locatedErrorForUnreadableProgramMarksNothing();
     void locatedErrorWithBadProgramNameOpensNothing_data();
     void locatedErrorWithBadProgramNameOpensNothing();
     void markerNotAtStartOnlyEmitsFalse_data();
@@ -680,6 +681,29 @@ void TestMessages::locatedErrorForMissingProgramShowsBoxOnly()
     QCOMPARE(tabTexts(tabs), QStringList { QStringLiteral("other") });
     QVERIFY(editorOf(QStringLiteral("other")));
     QCOMPARE(editorOf(QStringLiteral("other"))->extraSelections().size(), 0);
+    QCOMPARE(console()->toPlainText(), QString());
+    QCOMPARE(found.size(), 0);
+}
+
+// A listed program whose file cannot be read gets the box that says so and
+// an empty tab, and the error is marked nowhere.
+void TestMessages::locatedErrorForUnreadableProgramMarksNothing()
+{
+    QVERIFY(makeWindowOverPrograms());
+    QVERIFY(window->addTextTab(QStringLiteral("prog")));
+    // Listed, but no longer a file.
+    QVERIFY(QFile::remove(QStringLiteral("other.zu")));
+    QVERIFY(QDir().mkdir(QStringLiteral("other.zu")));
+    QSignalSpy found(window, &EditWindow::compilerErrorFound);
+    BoxAnswerer answerer(QMessageBox::Ok);
+
+    send(locatedError(QStringLiteral("1"), QStringLiteral("other.zu"), QStringLiteral("17"), caretAt(0)));
+
+    QCOMPARE(answerer.shown.size(), 2);
+    QCOMPARE(answerer.shown.at(0).title, u("Ошибка открытия файла"));
+    QCOMPARE(answerer.shown.at(1).text, u("Не найден файл \n\nother.zu\n\nневозможно установить место ошибки."));
+    for (ZuSourceCode *editor : window->findChildren<ZuSourceCode *>())
+        QCOMPARE(editor->extraSelections().size(), 0);
     QCOMPARE(console()->toPlainText(), QString());
     QCOMPARE(found.size(), 0);
 }

@@ -249,6 +249,9 @@ private:
     };
     bool openingSeveral = false;
     QList<LoadFailure> loadFailures;
+    // Every failure so far: an action that opens a tab learns from it
+    // whether the tab came up empty.
+    int loadFailureCount = 0;
 
     bool autoComplete = true;
     bool autoSaveOnExec = true;

@@ -156,6 +156,7 @@ void EditWindow::openPrograms(const QStringList &names)
 
 void EditWindow::loadFailed(const QString &title, const QString &name, const QString &why)
 {
+    ++loadFailureCount;
     if (openingSeveral)
         loadFailures << LoadFailure { title, name, why };
     else
@@ -269,10 +270,15 @@ void EditWindow::switchOrLoad(QString name)
 }
 
 // The program's editor once its tab is current, opened if need be; null
-// when the tab did not come forward (no such program, or a bad name).
+// when the tab did not come forward (no such program, or a bad name), or
+// came forward empty because its file could not be read, after the box
+// that says so.
 ZuSourceCode *EditWindow::bringForward(const QString &name)
 {
+    const int failures = loadFailureCount;
     switchOrLoad(name);
+    if (loadFailureCount != failures)
+        return nullptr;
     return currTabName() == name ? currentEditor() : nullptr;
 }
 
