@@ -1,6 +1,7 @@
 // The syntax highlighter: its rule list, the colours of the cases a reader
-// of a program meets, and line-for-line agreement with a reference that runs
-// every rule's pattern over every line.
+// of a program meets, colouring the lines an editor shows as it shows them,
+// and line-for-line agreement with a reference that runs every rule's
+// pattern over every line.
 
 #include <QAbstractTextDocumentLayout>
 #include <QPlainTextDocumentLayout>
