@@ -1,5 +1,7 @@
 #include "settingsstore.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QLockFile>
 
 namespace {
@@ -70,15 +72,24 @@ void SettingsStore::setLockTimeout(int milliseconds)
 }
 
 // Taken and given back at once: QSettings takes it again to write, and
-// would wait for ever on a lock held by this process.
+// would wait for ever on a lock held by this process. On a first run the
+// settings' directory does not exist yet, and no lock file can be made
+// without it.
 bool SettingsStore::lockable()
 {
+    const QString directory = QFileInfo(m_fileName).absolutePath();
+    if (!QDir().mkpath(directory)) {
+        m_error = QStringLiteral("the directory %1 cannot be made").arg(directory);
+        return false;
+    }
     const QString lockName = m_fileName + QLatin1String(".lock");
     QLockFile lock(lockName);
     if (lock.tryLock(m_lockTimeout))
         return true;
-    m_error = QStringLiteral("the lock %1 was not taken within %2 ms")
-                      .arg(lockName).arg(m_lockTimeout);
+    if (lock.error() == QLockFile::LockFailedError)
+        m_error = QStringLiteral("the lock %1 was not taken within %2 ms").arg(lockName).arg(m_lockTimeout);
+    else
+        m_error = QStringLiteral("the lock %1 cannot be made").arg(lockName);
     return false;
 }
 

@@ -132,6 +132,8 @@ private slots:
 
     void storeWritesOnlyOnSync();
     void storeSyncGivesUpOnUntakableLock();
+    void storeMakesTheDirectoryOfItsFile();
+    void storeSaysWhenItsDirectoryCannotBeMade();
 
 private:
     // Calls `answer` on the settings dialog once it is the active modal
@@ -356,6 +358,34 @@ void TestHostSettings::storeSyncGivesUpOnUntakableLock()
     QVERIFY(QDir().rmdir(fileName + QStringLiteral(".lock")));
     QVERIFY2(store.sync(), qPrintable(store.errorString()));
     QCOMPARE(storedValue(SettingsStore(fileName), QStringLiteral("maxLines")), QVariant(250));
+}
+
+// A first run: nothing has made the settings' directory yet.
+void TestHostSettings::storeMakesTheDirectoryOfItsFile()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString fileName = dir.filePath(QStringLiteral("config/zuhost/zuhost.ini"));
+
+    SettingsStore store(fileName);
+    store.setValue(QStringLiteral("maxLines"), 250);
+    QVERIFY2(store.lockable(), qPrintable(store.errorString()));
+    QVERIFY2(store.sync(), qPrintable(store.errorString()));
+    QCOMPARE(storedValue(SettingsStore(fileName), QStringLiteral("maxLines")), QVariant(250));
+}
+
+void TestHostSettings::storeSaysWhenItsDirectoryCannotBeMade()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString file = dir.filePath(QStringLiteral("file"));
+    QVERIFY(writeFile(file, "not a directory\n"));
+    const QString fileName = file + QStringLiteral("/zuhost/zuhost.ini");
+
+    SettingsStore store(fileName);
+    QVERIFY(!store.lockable());
+    QVERIFY(!store.sync());
+    QCOMPARE(store.errorString(), QStringLiteral("the directory %1/zuhost cannot be made").arg(file));
 }
 
 void TestHostSettings::answerSettingsDialog(const std::function<void(SettingsDialog *)> &answer)
