@@ -38,6 +38,7 @@
 #include "benchsupport.h"
 #include "benchwindow.h"
 #include "codepage.h"
+#include "editorsupport.h"
 #include "editwindow.h"
 #include "zusamples.h"
 #include "zusourcecode.h"
@@ -79,21 +80,6 @@ int writeGeneratedProgram(const QString &path, qint64 bytes, const QStringList &
         lines += batch.size();
     }
     return file.flush() ? lines : -1;
-}
-
-// The highlighter leaves 0 on a block it has coloured; one that waits has -1.
-bool shownBlocksColoured(const QPlainTextEdit *editor)
-{
-    const QRect area = editor->viewport()->rect();
-    const QTextBlock last = editor->cursorForPosition(area.bottomRight()).block();
-    for (QTextBlock block = editor->cursorForPosition(area.topLeft()).block(); block.isValid();
-         block = block.next()) {
-        if (block.userState() != 0)
-            return false;
-        if (block == last)
-            break;
-    }
-    return true;
 }
 
 // The resident memory before the open, with the peak brought down to it so

@@ -10,8 +10,9 @@
 // in a QTabWidget, holding the same texts in the editor's font without
 // wrapping. Beside it the memory: how much the resident memory grew with
 // the two programs open in the window, and with the two plain editors, and
-// again once every line of both has been shown, a page at a time. Each side runs in a process of its own (the program runs itself
-// with --window or --plain), so that neither finds the other's memory.
+// again once every line of both has been shown, a page at a time. Each side
+// runs in a process of its own (the program runs itself with --window or
+// --plain), so that neither finds the other's memory.
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QTabWidget>
 
 #include "editwindow.h"
@@ -53,6 +54,23 @@ ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPo
     auto *editor = new ZuSourceCode(page, name, window, QString());
     layout->addWidget(editor);
     return editor;
+}
+
+std::pair<QTextBlock, QTextBlock> shownBlocks(const QPlainTextEdit *editor)
+{
+    const QRect area = editor->viewport()->rect();
+    return { editor->cursorForPosition(area.topLeft()).block(),
+             editor->cursorForPosition(area.bottomLeft()).block() };
+}
+
+bool shownBlocksColoured(const QPlainTextEdit *editor)
+{
+    const auto [first, last] = shownBlocks(editor);
+    for (QTextBlock block = first; block != last.next(); block = block.next()) {
+        if (block.userState() != 0)
+            return false;
+    }
+    return true;
 }
 
 // ---------------------------------------------------------------------------

@@ -9,13 +9,16 @@
 #include <QMetaObject>
 #include <QPointer>
 #include <QStringList>
+#include <QTextBlock>
 
 #include <thread>
+#include <utility>
 
 #include "hosttables.h"
 
 class EditWindow;
 class QListWidget;
+class QPlainTextEdit;
 class QTabWidget;
 class QWidget;
 class TextEdit;
@@ -39,6 +42,13 @@ void rememberOpenedTabs(TextEdit *plugin, const QStringList &opened, const QStri
 // An editor of the program `name` on a page of its own, outside the
 // window's tabs; the page is added to `pages` for the test to delete.
 ZuSourceCode *editorOnOwnPage(const QString &name, EditWindow *window, QList<QPointer<QWidget>> &pages);
+
+// The first and last blocks in the editor's view, found by where they are
+// drawn.
+std::pair<QTextBlock, QTextBlock> shownBlocks(const QPlainTextEdit *editor);
+// Whether every block in view has been coloured: the highlighter leaves
+// state 0 on a block it has coloured, and -1 marks one that waits.
+bool shownBlocksColoured(const QPlainTextEdit *editor);
 
 // ---------------------------------------------------------------------------
 // Answers the window's table request once from a thread of its own, as a

@@ -549,24 +549,6 @@ std::unique_ptr<QTextDocument> referenceDocument(const QString &text, const QStr
     return document;
 }
 
-// The first and last blocks in the editor's view.
-std::pair<QTextBlock, QTextBlock> shownBlocks(const QPlainTextEdit *editor)
-{
-    const QRect area = editor->viewport()->rect();
-    return { editor->cursorForPosition(area.topLeft()).block(),
-             editor->cursorForPosition(area.bottomLeft()).block() };
-}
-
-bool shownBlocksColoured(const QPlainTextEdit *editor)
-{
-    const auto [first, last] = shownBlocks(editor);
-    for (QTextBlock block = first; block != last.next(); block = block.next()) {
-        if (block.userState() != 0)
-            return false;
-    }
-    return true;
-}
-
 int colouredBlocks(const QTextDocument *document)
 {
     int coloured = 0;

@@ -118,19 +118,15 @@ void ViewColouring::uncolour(QTextBlock &block)
     block.setUserState(-1);
 }
 
-// The highlighter goes on past the blocks it was asked for while their
-// states change, which would colour every waiting block below: the state
-// they will have anyway stops it at the last.
+// The highlighter goes on to the next block when a block's state changes,
+// which would colour every waiting block below: the state each block will
+// have anyway, set first, stops it there.
 void ViewColouring::colour(QTextBlock first, const QTextBlock &last)
 {
     for (QTextBlock block = first; block.isValid(); block = block.next()) {
         if (block.userState() == -1)
             ++colouredBlocks;
         block.setUserState(0);
-        if (block == last)
-            break;
-    }
-    for (QTextBlock block = first; block.isValid(); block = block.next()) {
         highlighter->rehighlightBlock(block);
         if (block == last)
             break;
