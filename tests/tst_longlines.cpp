@@ -79,6 +79,14 @@ private slots:
     void lineNumbersCountProgramLines();
     void errorMarkFindsProgramLineAndColumn();
     void tabIndentLeavesPiecesAlone();
+    void searchFindsTextAcrossPieceBreak();
+    void replaceAcrossPieceBreakKeepsOneLine();
+    void replaceAllReachesAcrossEveryPieceBreak();
+    void wholeWordSeesLettersAcrossPieceBreak();
+
+private:
+    // Where the first piece of the long line ends, in the program's text.
+    static int firstBreak(ZuSourceCode *editor);
 };
 
 ZuSourceCode *TestLongLines::openProgram(const QByteArray &text)
@@ -378,6 +386,88 @@ void TestLongLines::tabIndentLeavesPiecesAlone()
     QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(editor, Qt::Key_Backtab);
     QCOMPARE(saved(editor), QString::fromLatin1(program));
+}
+
+int TestLongLines::firstBreak(ZuSourceCode *editor)
+{
+    return 8 + editor->document()->findBlockByNumber(1).length() - 1;
+}
+
+void TestLongLines::searchFindsTextAcrossPieceBreak()
+{
+    ZuSourceCode *editor = openProgram(program);
+    QVERIFY(editor);
+    const int breakAt = firstBreak(editor);
+    const QString what = QString::fromLatin1(program.mid(breakAt - 4, 8));
+    QVERIFY(what.contains(QLatin1Char(' ')));
+    placeCursor(editor, 0);
+
+    QCOMPARE(editor->searchAndReplace(what, QString(), false, false, false, false), 1);
+    QCOMPARE(editor->textCursor().selectionStart(), documentPosition(editor, breakAt - 4));
+    QCOMPARE(editor->textCursor().selectionEnd(), documentPosition(editor, breakAt + 4));
+    // The next search starts after it: the text occurs once.
+    QCOMPARE(editor->searchAndReplace(what, QString(), false, false, false, false), 0);
+}
+
+void TestLongLines::replaceAcrossPieceBreakKeepsOneLine()
+{
+    ZuSourceCode *editor = openProgram(program);
+    QVERIFY(editor);
+    const int breakAt = firstBreak(editor);
+    const QString what = QString::fromLatin1(program.mid(breakAt - 4, 8));
+    placeCursor(editor, 0);
+
+    QCOMPARE(editor->searchAndReplace(what, QStringLiteral("<>"), true, false, false, false), 1);
+    QByteArray expected = program;
+    expected.replace(breakAt - 4, 8, "<>");
+    QCOMPARE(saved(editor), QString::fromLatin1(expected));
+    QCOMPARE(editor->lineNumber(editor->document()->lastBlock()), 4);
+    QCOMPARE(editor->textCursor().position(), documentPosition(editor, breakAt - 2));
+}
+
+// Pieces are cut after blanks and every word starts with 1: every piece
+// break lies inside an occurrence of " 1".
+void TestLongLines::replaceAllReachesAcrossEveryPieceBreak()
+{
+    ZuSourceCode *editor = openProgram(program);
+    QVERIFY(editor);
+    QTextDocument *document = editor->document();
+    const int pieces = document->blockCount() - 3;
+    QVERIFY(pieces > 40);
+    const int occurrences = longLine.count(" 1");
+
+    QCOMPARE(editor->searchAndReplace(QStringLiteral(" 1"), QStringLiteral("_"), true, false, false, true),
+             occurrences);
+    QByteArray expected = program;
+    expected.replace(" 1", "_");
+    QCOMPARE(saved(editor), QString::fromLatin1(expected));
+    QCOMPARE(editor->lineNumber(document->lastBlock()), 4);
+
+    document->undo();
+    QCOMPARE(saved(editor), QString::fromLatin1(program));
+    QCOMPARE(document->blockCount(), pieces + 3);
+    QCOMPARE(editor->lineNumber(document->lastBlock()), 4);
+}
+
+// A line without blanks near its piece ends is cut inside words; a word is
+// whole only where the program line has no letter beside it.
+void TestLongLines::wholeWordSeesLettersAcrossPieceBreak()
+{
+    const int length = LinePieces::pieceLength;
+    QByteArray line(length - 60, 'x');
+    line += ' ' + QByteArray(59, 'w') + QByteArray(LinePieces::longLine, 'z');
+    ZuSourceCode *editor = openProgram(line + "\n");
+    QVERIFY(editor);
+    QCOMPARE(editor->document()->firstBlock().text().right(60), QLatin1Char(' ') + QString(59, QLatin1Char('w')));
+    const QString what(59, QLatin1Char('w'));
+
+    QCOMPARE(editor->searchAndReplace(what, QString(), false, false, true, false), 0);
+    QCOMPARE(editor->searchAndReplace(what, QString(), false, false, true, true), 0);
+    QCOMPARE(editor->searchAndReplace(what, QString(), false, false, false, false), 1);
+    const QString wholeWord = what + QString(LinePieces::longLine, QLatin1Char('z'));
+    placeCursor(editor, 0);
+    QCOMPARE(editor->searchAndReplace(wholeWord, QString(), false, false, true, false), 1);
+    QCOMPARE(editor->textCursor().selectionEnd(), documentPosition(editor, line.size()));
 }
 
 QTEST_MAIN(TestLongLines)

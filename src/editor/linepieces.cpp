@@ -5,6 +5,8 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
+#include <algorithm>
+
 namespace LinePieces {
 
 namespace {
@@ -119,6 +121,38 @@ QTextBlock findLine(const QTextDocument *document, int line)
             return block;
     }
     return QTextBlock();
+}
+
+int ProgramLine::place(int position) const
+{
+    const int piecesBefore = first.document()->findBlock(position).blockNumber() - first.blockNumber();
+    return position - first.position() - piecesBefore;
+}
+
+int ProgramLine::startPosition(int place) const
+{
+    const auto breaksPassed = std::upper_bound(breaks.cbegin(), breaks.cend(), place) - breaks.cbegin();
+    return first.position() + place + int(breaksPassed);
+}
+
+int ProgramLine::endPosition(int place) const
+{
+    const auto breaksPassed = std::lower_bound(breaks.cbegin(), breaks.cend(), place) - breaks.cbegin();
+    return first.position() + place + int(breaksPassed);
+}
+
+ProgramLine programLine(const QTextBlock &block)
+{
+    ProgramLine line;
+    line.first = lineStart(block);
+    line.last = line.first;
+    line.text = line.first.text();
+    for (QTextBlock next = line.first.next(); next.isValid() && continuesLine(next); next = next.next()) {
+        line.breaks.append(line.text.size());
+        line.text += next.text();
+        line.last = next;
+    }
+    return line;
 }
 
 QString fileText(const QTextDocument *document, int start, int end)

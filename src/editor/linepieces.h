@@ -2,10 +2,10 @@
 #define LINEPIECES_H
 
 #include <QString>
+#include <QTextBlock>
 #include <QTextBlockFormat>
 #include <QVector>
 
-class QTextBlock;
 class QTextDocument;
 
 // Qt lays a whole block out again on every change in it, which for a line
@@ -38,6 +38,27 @@ QTextBlock lineStart(const QTextBlock &block);
 int lineNumber(const QTextBlock &block);
 // The first piece of line number `line`, or an invalid block past the end.
 QTextBlock findLine(const QTextDocument *document, int line);
+
+// A program line as one text, and the way from a place in that text back
+// to the document: the search finds words across piece breaks.
+struct ProgramLine
+{
+    QTextBlock first;
+    QTextBlock last;
+    QString text;
+    QVector<int> breaks; // the places in text where the pieces after the first begin
+
+    // The place in text of a document position inside the line.
+    int place(int position) const;
+    // The document position of a place. A break is both the end of one
+    // piece and the start of the next: what starts there starts in the next
+    // piece, what ends there ends in the piece before.
+    int startPosition(int place) const;
+    int endPosition(int place) const;
+};
+
+// The program line the block belongs to.
+ProgramLine programLine(const QTextBlock &block);
 
 // The text from start to end as the file holds it: lines joined by line
 // feeds, pieces joined by nothing.

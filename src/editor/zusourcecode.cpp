@@ -24,6 +24,8 @@
 #include <QTextStream>
 #include <QToolTip>
 
+#include <climits>
+
 ZuSourceCode::ZuSourceCode(QWidget *page, QString name, EditorWindowInterface *editWindow, QString)
     : QPlainTextEdit(page)
     , editWindow(editWindow)
@@ -707,8 +709,9 @@ QChar searchable(QChar ch)
     return ch == QChar::Nbsp ? QLatin1Char(' ') : ch;
 }
 
-// Where in one line the document's search, run from the line's start again
-// and again, each time from the end of what it found last, finds `what`;
+// Where in one line the document's search, run from `from` again and again,
+// each time from the end of what it found last, finds `what`, at most
+// `most` times;
 // with `replace`, each found occurrence having been replaced with `with`
 // before the next search. That next search starts after the inserted text,
 // so only the whole-word test sees the replacement: as the character
@@ -717,7 +720,7 @@ QChar searchable(QChar ch)
 // character past its end. Each search in the document would copy the
 // line again; here a long line full of occurrences is read once.
 QVector<int> occurrences(QString line, const QString &what, const QString &with, bool replace,
-                         QTextDocument::FindFlags flags)
+                         QTextDocument::FindFlags flags, int from = 0, int most = INT_MAX)
 {
     line.replace(QChar::Nbsp, QLatin1Char(' '));
     const Qt::CaseSensitivity cs = flags.testFlag(QTextDocument::FindCaseSensitively) ? Qt::CaseSensitive
@@ -730,8 +733,7 @@ QVector<int> occurrences(QString line, const QString &what, const QString &with,
             return beforeReplaced;
         return position > 0 ? line.at(position - 1) : QChar();
     };
-    int from = 0;
-    while (from <= line.size()) {
+    while (from <= line.size() && starts.size() < most) {
         const int start = line.indexOf(what, from, cs);
         if (start < 0)
             break;
@@ -766,8 +768,10 @@ int ZuSourceCode::searchAndReplace(QString what, QString with, bool replace, boo
     if (all)
         return handleAll(what, with, replace, flags);
 
-    if (!find(what, flags))
+    const QTextCursor found = findNext(what, flags);
+    if (found.isNull())
         return 0;
+    setTextCursor(found);
     // The editor's cursor moves past the inserted text: the next search
     // starts there.
     if (replace)
@@ -775,35 +779,62 @@ int ZuSourceCode::searchAndReplace(QString what, QString with, bool replace, boo
     return 1;
 }
 
-// Every occurrence from the start of the text, found line by line as the
-// search from each to the next finds them, all replacements made in one
-// edit block: one undo step, and the document is laid out and highlighted
-// again once, at its end. The editor's cursor ends where the search from
-// one occurrence to the next would leave it: past the last replacement or
-// on the last occurrence, or else at the start.
+// The first occurrence from the end of the cursor's selection on, as the
+// document's own search finds it, but in program lines rather than blocks:
+// an occurrence may run across a piece break, and the whole-word test sees
+// the letters on the other side of one.
+QTextCursor ZuSourceCode::findNext(const QString &what, QTextDocument::FindFlags flags) const
+{
+    const int from = textCursor().selectionEnd();
+    LinePieces::ProgramLine line = LinePieces::programLine(document()->findBlock(from));
+    int place = line.place(from);
+    for (;;) {
+        const QVector<int> starts = occurrences(line.text, what, QString(), false, flags, place, 1);
+        if (!starts.isEmpty()) {
+            QTextCursor found(document());
+            found.setPosition(line.startPosition(starts.first()));
+            found.setPosition(line.endPosition(starts.first() + what.size()), QTextCursor::KeepAnchor);
+            return found;
+        }
+        const QTextBlock next = line.last.next();
+        if (!next.isValid())
+            return QTextCursor();
+        line = LinePieces::programLine(next);
+        place = 0;
+    }
+}
+
+// Every occurrence from the start of the text, found program line by
+// program line as the search from each to the next finds them, all
+// replacements made in one edit block: one undo step, and the document is
+// laid out and highlighted again once, at its end. The editor's cursor ends
+// where the search from one occurrence to the next would leave it: past the
+// last replacement or on the last occurrence, or else at the start.
 int ZuSourceCode::handleAll(const QString &what, const QString &with, bool replace, QTextDocument::FindFlags flags)
 {
-    const int growth = replace ? with.size() - what.size() : 0;
     QTextCursor edit(document());
     QTextCursor last(document());
+    // Moves with the edits before it: where the next line starts.
+    QTextCursor nextLine(document());
     int count = 0;
     edit.beginEditBlock();
     for (QTextBlock block = document()->begin(); block.isValid();) {
-        const int lineStart = block.position();
-        const int nextLine = lineStart + block.length();
-        const bool lastLine = !block.next().isValid();
-        const QVector<int> starts = occurrences(block.text(), what, with, replace, flags);
+        const LinePieces::ProgramLine line = LinePieces::programLine(block);
+        const bool lastLine = !line.last.next().isValid();
+        if (!lastLine)
+            nextLine.setPosition(line.last.next().position());
+        const QVector<int> starts = occurrences(line.text, what, with, replace, flags);
         // From the line's end back: the places found before stay where they were.
         for (int i = starts.size() - 1; i >= 0; --i) {
-            edit.setPosition(lineStart + starts.at(i));
-            edit.setPosition(lineStart + starts.at(i) + what.size(), QTextCursor::KeepAnchor);
+            edit.setPosition(line.startPosition(starts.at(i)));
+            edit.setPosition(line.endPosition(starts.at(i) + what.size()), QTextCursor::KeepAnchor);
             if (replace)
                 edit.insertText(with);
             if (i == starts.size() - 1)
                 last = edit;
         }
         count += starts.size();
-        block = lastLine ? QTextBlock() : document()->findBlock(nextLine + growth * starts.size());
+        block = lastLine ? QTextBlock() : nextLine.block();
     }
     edit.endEditBlock();
     setTextCursor(last);

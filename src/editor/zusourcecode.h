@@ -102,6 +102,7 @@ private:
     QString textForFile() const;
     void askAboutOutsideChange(const QString &path);
     void clearErrorPosition();
+    QTextCursor findNext(const QString &what, QTextDocument::FindFlags flags) const;
     int handleAll(const QString &what, const QString &with, bool replace, QTextDocument::FindFlags flags);
 
     LineNumberArea *lineNumberArea;
