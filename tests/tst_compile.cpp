@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <utility>
 #include <thread>
 
 #include "boxanswerer.h"
@@ -109,16 +110,10 @@ private slots:
     void runWithTablesFromOtherThreadReturnsEarly();
     void tablesAfterRunTimedOutReachListsOnGuiThread();
 
-    void compileProjectProgramSendsProjectAndSavesItsPrograms_data();
-    void compileProjectProgramSendsProjectAndSavesItsPrograms();
-    void compileOtherProgramSendsItsNameAndSavesOnlyIt_data();
-    void compileOtherProgramSendsItsNameAndSavesOnlyIt();
+    void clickSavesTheChangedProgramsItAsksFor_data();
+    void clickSavesTheChangedProgramsItAsksFor();
     void compileUnchangedProgramWritesNothingAndStillAsks_data();
     void compileUnchangedProgramWritesNothingAndStillAsks();
-    void debugSavesProjectProgramsAndFileButNotOtherProgram_data();
-    void debugSavesProjectProgramsAndFileButNotOtherProgram();
-    void debugWithProjectProgramCurrentSavesItToo_data();
-    void debugWithProjectProgramCurrentSavesItToo();
     void programListedTwiceIsSavedOnce();
 
     void maxConsoleLinesBoundsConsoleBlocks_data();
@@ -126,7 +121,6 @@ private slots:
     void clearButtonEmptiesConsole();
 
 private:
-    void projectListings();
     // Programs a, b and x ("A\n", "B\n", "X\n") and project p holding
     // `project`, all dated back; the three programs open in tabs, p the
     // current project, the window shown.
@@ -159,13 +153,6 @@ void TestCompile::cleanup()
 {
     deletePlugin(plugin, window);
     tempDir.leave();
-}
-
-void TestCompile::projectListings()
-{
-    QTest::addColumn<QByteArray>("project");
-    QTest::newRow("a listed once") << projectOnce;
-    QTest::newRow("a listed twice") << projectTwice;
 }
 
 bool TestCompile::openProjectAndPrograms(const QByteArray &project)
@@ -634,52 +621,72 @@ void TestCompile::tablesAfterRunTimedOutReachListsOnGuiThread()
 // ---------------------------------------------------------------------------
 // Compile and debug requests
 
-void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms_data()
+void TestCompile::clickSavesTheChangedProgramsItAsksFor_data()
 {
-    projectListings();
+    QTest::addColumn<QByteArray>("project");
+    QTest::addColumn<QString>("edited");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<QString>("saved");
+    QTest::addColumn<bool>("projectWritten");
+    struct Click
+    {
+        const char *behaviour, *edited, *current, *button, *request, *saved;
+        bool projectWritten;
+    };
+    // Compiling b, which is in the project, compiles the whole project and
+    // saves its changed programs first; x, outside it, is compiled alone.
+    const Click clicks[] = {
+        { "compile of a project program sends the project and saves its programs", "axb", "b",
+          "compileProgramButton", "p.zup", "ab", false },
+        { "compile of another program sends its name and saves only it", "ax", "x", "compileProgramButton",
+          "x.zu", "x", false },
+        { "debug saves the project's programs and file but not another program", "abx", "x", "debugProjButton",
+          "p.zup", "ab", true },
+        { "debug with a project program current saves it too", "ax", "a", "debugProjButton", "p.zup", "a", true },
+    };
+    for (const Click &click : clicks) {
+        for (const auto &[listing, project] : { std::pair("a listed once", projectOnce),
+                                                std::pair("a listed twice", projectTwice) }) {
+            QTest::addRow("%s, %s", click.behaviour, listing)
+                    << project << click.edited << click.current << click.button << click.request << click.saved
+                    << click.projectWritten;
+        }
+    }
 }
 
-// b is in the current project: the whole project is compiled, and its
-// changed programs are saved first; x, outside it, is not.
-void TestCompile::compileProjectProgramSendsProjectAndSavesItsPrograms()
+// The edited programs have a digit typed at their start: a 1, b 2, x 9.
+void TestCompile::clickSavesTheChangedProgramsItAsksFor()
 {
     QFETCH(QByteArray, project);
+    QFETCH(QString, edited);
+    QFETCH(QString, current);
+    QFETCH(QString, button);
+    QFETCH(QString, request);
+    QFETCH(QString, saved);
+    QFETCH(bool, projectWritten);
+    const QHash<QString, QByteArray> digits { { "a", "1" }, { "b", "2" }, { "x", "9" } };
     QVERIFY(openProjectAndPrograms(project));
-    edit("a", QStringLiteral("1"));
-    edit("x", QStringLiteral("9"));
-    edit("b", QStringLiteral("2"));
-    QVERIFY(makeCurrent("b"));
+    for (const QChar name : edited)
+        edit(qPrintable(QString(name)), QString::fromLatin1(digits.value(name)));
+    QVERIFY(makeCurrent(qPrintable(current)));
 
-    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "p.zup" });
-    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
-    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
-    QCOMPARE(programBytes("x"), QByteArray("X\n"));
-    QVERIFY(!isChanged("a"));
-    QVERIFY(!isChanged("b"));
-    QVERIFY(isChanged("x"));
-    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
-}
-
-void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt_data()
-{
-    projectListings();
-}
-
-void TestCompile::compileOtherProgramSendsItsNameAndSavesOnlyIt()
-{
-    QFETCH(QByteArray, project);
-    QVERIFY(openProjectAndPrograms(project));
-    edit("a", QStringLiteral("1"));
-    edit("x", QStringLiteral("9"));
-    QVERIFY(makeCurrent("x"));
-
-    QCOMPARE(requestsOnClick("compileProgramButton"), QStringList { "x.zu" });
-    QCOMPARE(programBytes("x"), QByteArray("9X\n"));
-    QCOMPARE(programBytes("a"), QByteArray("A\n"));
-    QCOMPARE(programBytes("b"), QByteArray("B\n"));
-    QVERIFY(isChanged("a"));
-    QVERIFY(!isChanged("x"));
-    QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
+    QCOMPARE(requestsOnClick(qPrintable(button)), QStringList { request });
+    for (const char *name : { "a", "b", "x" }) {
+        const QByteArray original = QByteArray(name).toUpper() + "\n";
+        if (!edited.contains(QLatin1String(name))) {
+            QVERIFY2(!programWritten(name), name);
+            QCOMPARE(programBytes(name), original);
+        } else if (saved.contains(QLatin1String(name))) {
+            QCOMPARE(programBytes(name), digits.value(QLatin1String(name)) + original);
+            QVERIFY2(!isChanged(name), name);
+        } else {
+            QCOMPARE(programBytes(name), original);
+            QVERIFY2(isChanged(name), name);
+        }
+    }
+    QCOMPARE(fileBytes(QStringLiteral("p.zup")), projectWritten ? writtenProject(project) : project);
 }
 
 void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks_data()
@@ -709,52 +716,6 @@ void TestCompile::compileUnchangedProgramWritesNothingAndStillAsks()
     }
     QVERIFY(isAged(QStringLiteral("p.zup")));
     QCOMPARE(fileBytes(QStringLiteral("p.zup")), project);
-}
-
-void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram_data()
-{
-    projectListings();
-}
-
-void TestCompile::debugSavesProjectProgramsAndFileButNotOtherProgram()
-{
-    QFETCH(QByteArray, project);
-    QVERIFY(openProjectAndPrograms(project));
-    edit("a", QStringLiteral("1"));
-    edit("b", QStringLiteral("2"));
-    edit("x", QStringLiteral("9"));
-    QVERIFY(makeCurrent("x"));
-
-    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
-    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
-    QCOMPARE(programBytes("b"), QByteArray("2B\n"));
-    QCOMPARE(programBytes("x"), QByteArray("X\n"));
-    QVERIFY(!isChanged("a"));
-    QVERIFY(!isChanged("b"));
-    QVERIFY(isChanged("x"));
-    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
-}
-
-void TestCompile::debugWithProjectProgramCurrentSavesItToo_data()
-{
-    projectListings();
-}
-
-void TestCompile::debugWithProjectProgramCurrentSavesItToo()
-{
-    QFETCH(QByteArray, project);
-    QVERIFY(openProjectAndPrograms(project));
-    edit("a", QStringLiteral("1"));
-    edit("x", QStringLiteral("9"));
-    QVERIFY(makeCurrent("a"));
-
-    QCOMPARE(requestsOnClick("debugProjButton"), QStringList { "p.zup" });
-    QCOMPARE(programBytes("a"), QByteArray("1A\n"));
-    QVERIFY(!programWritten("b"));
-    QCOMPARE(programBytes("x"), QByteArray("X\n"));
-    QVERIFY(!isChanged("a"));
-    QVERIFY(isChanged("x"));
-    QCOMPARE(fileBytes(QStringLiteral("p.zup")), writtenProject(project));
 }
 
 // A save that fails says so in a box; a second save of the same program,
