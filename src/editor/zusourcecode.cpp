@@ -710,15 +710,14 @@ QChar searchable(QChar ch)
 }
 
 // Where in one line the document's search, run from `from` again and again,
-// each time from the end of what it found last, finds `what`, at most
-// `most` times;
-// with `replace`, each found occurrence having been replaced with `with`
-// before the next search. That next search starts after the inserted text,
-// so only the whole-word test sees the replacement: as the character
-// before an occurrence that follows it directly. Like the document's search, an
-// occurrence refused as part of a longer word moves the search one
-// character past its end. Each search in the document would copy the
-// line again; here a long line full of occurrences is read once.
+// each time from the end of what it found last, finds `what`, at most `most`
+// times; with `replace`, each found occurrence having been replaced with
+// `with` before the next search. That next search starts after the
+// inserted text, so only the whole-word test sees the replacement: as the
+// character before an occurrence that follows it directly. Like the
+// document's search, an occurrence refused as part of a longer word moves
+// the search one character past its end. Each search in the document would
+// copy the line again; here a long line full of occurrences is read once.
 QVector<int> occurrences(QString line, const QString &what, const QString &with, bool replace,
                          QTextDocument::FindFlags flags, int from = 0, int most = INT_MAX)
 {
