@@ -43,12 +43,7 @@ const QString replacement = QStringLiteral("сумма");
 QString program(int length, int occurrences, const QStringList &operations, const QStringList &types)
 {
     QRandomGenerator random(2024);
-    QStringList lines;
-    int size = occurrences * (sought.size() + 1);
-    while (size < length) {
-        lines << makeZuLines(random, 1, operations, types);
-        size += lines.last().size() + 1;
-    }
+    QStringList lines = makeZuLinesFilling(random, length - occurrences * (sought.size() + 1), operations, types);
     if (lines.join(QLatin1Char('\n')).contains(sought, Qt::CaseInsensitive))
         return QString();
     for (int i = 0; i < occurrences; ++i)

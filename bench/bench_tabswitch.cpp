@@ -48,13 +48,7 @@ struct Figures
 QString program(quint32 seed, int length, const QStringList &operations, const QStringList &types)
 {
     QRandomGenerator random(seed);
-    QStringList lines;
-    int size = 0;
-    while (size < length) {
-        lines << makeZuLines(random, 1, operations, types);
-        size += lines.last().size() + 1;
-    }
-    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    return makeZuLinesFilling(random, length, operations, types).join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
 QVector<double> switchTabs(QTabWidget *tabs, int switches)

@@ -74,7 +74,7 @@ ZuChecker::Result ZuChecker::check(const QVector<Program> &programs) const
         const Program &program = programs.at(i);
         const QString sourceLine = ZuTokenizer::lines(program.text).value(finding.line - 1);
         return {FoundError, MessageWriter::locatedError(program.fileName, finding.line, finding.column,
-                                                          finding.code, finding.description, sourceLine)};
+                                                        finding.code, finding.description, sourceLine)};
     }
     return {ReadyToRun, MessageWriter::readyToRun()};
 }
@@ -84,7 +84,7 @@ ZuChecker::Result ZuChecker::checkFile(const QString &directory, const QString &
     ProgramSources sources;
     if (!sources.read(directory, fileName)) {
         return {Unreadable, MessageWriter::systemError(QStringLiteral("reading"), sources.error(),
-                                                         sources.failedFile())};
+                                                       sources.failedFile())};
     }
     return check(sources.programs());
 }

@@ -206,6 +206,16 @@ QStringList makeZuLines(QRandomGenerator &random, int count, const QStringList &
     return lines;
 }
 
+QStringList makeZuLinesFilling(QRandomGenerator &random, int length, const QStringList &operations,
+                               const QStringList &types)
+{
+    LineMaker maker(random, operations, types);
+    QStringList lines;
+    for (int size = 0; size < length; size += lines.last().size() + 1)
+        lines.append(maker.line());
+    return lines;
+}
+
 ZuSample makeZuSample(quint32 seed, int lineCount, int operationCount, int typeCount)
 {
     QRandomGenerator random(seed);

@@ -27,5 +27,8 @@ ZuSample makeZuSample(quint32 seed, int lineCount = 10000, int operationCount = 
 // braces. Either list may be empty.
 QStringList makeZuLines(QRandomGenerator &random, int count, const QStringList &operations,
                         const QStringList &types);
+// Such lines until they, each with its line feed, fill `length` characters.
+QStringList makeZuLinesFilling(QRandomGenerator &random, int length, const QStringList &operations,
+                               const QStringList &types);
 
 #endif // ZUSAMPLES_H

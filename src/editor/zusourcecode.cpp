@@ -819,9 +819,9 @@ int ZuSourceCode::handleAll(const QString &what, const QString &with, bool repla
     edit.beginEditBlock();
     for (QTextBlock block = document()->begin(); block.isValid();) {
         const LinePieces::ProgramLine line = LinePieces::programLine(block);
-        const bool lastLine = !line.last.next().isValid();
-        if (!lastLine)
-            nextLine.setPosition(line.last.next().position());
+        const QTextBlock after = line.last.next();
+        if (after.isValid())
+            nextLine.setPosition(after.position());
         const QVector<int> starts = occurrences(line.text, what, with, replace, flags);
         // From the line's end back: the places found before stay where they were.
         for (int i = starts.size() - 1; i >= 0; --i) {
@@ -833,7 +833,7 @@ int ZuSourceCode::handleAll(const QString &what, const QString &with, bool repla
                 last = edit;
         }
         count += starts.size();
-        block = lastLine ? QTextBlock() : nextLine.block();
+        block = after.isValid() ? nextLine.block() : QTextBlock();
     }
     edit.endEditBlock();
     setTextCursor(last);
